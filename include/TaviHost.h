@@ -1,0 +1,315 @@
+/*
+ * TaviHost.h: what the TaviNitf library needs of a host.
+ *
+ * The library stores no bitmaps, opens no files and paints nothing itself: it calls the operations below,
+ * and nothing else from outside the language's standard library. libTaviHost provides all of them; any other
+ * library that does may be put in its place.
+ *
+ * Conventions
+ *   - Status: int32_t, SUCCESS (1) or a negative code of TaviStatus.h. Operations without a status return
+ *     nothing and cannot be observed to fail; they accept null and invalid records and then do nothing.
+ *   - Sizes in bytes are uint64_t, file handles and positions int64_t; widths, heights, bits, rows and flags
+ *     are 32-bit. `line` and `unit` name the caller's source line and unit for the leak report; unit names are
+ *     static texts and may be null.
+ *   - Colours are 0x00BBGGRR. Palette entries are blue, green, red, reserved.
+ *   - Paths are wide text (UTF-16 on Windows, UTF-32 elsewhere; names go to the file system as UTF-8 there).
+ *   - All operations run on the caller's thread. Different records, files and contexts may be used from
+ *     different threads at the same time; one and the same object may not.
+ *
+ * Compiles as C11 and as C++20.
+ */
+#ifndef TAVI_HOST_H
+#define TAVI_HOST_H
+
+#include <stddef.h>
+#include <stdint.h>
+#include <wchar.h>
+
+#include "TaviStatus.h"
+
+#if defined(_WIN32)
+#if defined(TAVI_HOST_BUILD)
+#define TAVI_HOST_API __declspec(dllexport)
+#else
+#define TAVI_HOST_API __declspec(dllimport)
+#endif
+#else
+#define TAVI_HOST_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+#define TAVI_STATIC_ASSERT(condition) static_assert(condition, #condition)
+extern "C" {
+#else
+#define TAVI_STATIC_ASSERT(condition) _Static_assert(condition, #condition)
+#endif
+
+/* ---- Records ------------------------------------------------------------------------------------------ */
+
+/* One palette entry. An array of entries is what the palette operations exchange. */
+typedef struct HostPaletteEntry {
+  uint8_t blue;
+  uint8_t green;
+  uint8_t red;
+  uint8_t reserved;
+} HostPaletteEntry;
+
+/* A rectangle in pixels: left and top inside, right and bottom just outside. Right below left mirrors. */
+typedef struct HostRect {
+  int32_t left;
+  int32_t top;
+  int32_t right;
+  int32_t bottom;
+} HostRect;
+
+/*
+ * The host's bitmap record, 212 bytes. Callers read and set the named fields; the bytes named `host…` belong
+ * to the host. A record is made valid by HostInitBitmap or HostCreateBitmap, may be moved by plain copy (the
+ * copy then owns the pixels), and is freed with HostFreeBitmap when bit 0 of `flags` is set.
+ *
+ * Pixels: bytes_per_line = ((bits x width + 31) >> 5) x 4. Pixels of fewer than 8 bits are packed, the most
+ * significant first; 12-bit pixels are packed low nibble first; 16-bit samples may be big-endian (as a file
+ * holds them) or native.
+ */
+typedef struct HostBitmap {
+  uint8_t host0[20];
+  uint32_t width;            /* pixels */
+  uint32_t height;           /* pixels */
+  uint32_t bits;             /* bits per pixel: 1 to 8, 12, 16, 24, 32, 48 or 64 */
+  uint32_t bytes_per_line;   /* bytes from one row to the next */
+  uint8_t host36[12];
+  uint8_t flags;             /* bit 0: the record holds allocated pixel memory */
+  uint8_t host49[3];
+  uint32_t color_count;      /* palette entries in use; 0 without a palette */
+  uint8_t host56[8];
+  uint32_t view_perspective; /* 1: row 0 is the top of the picture; 4: row 0 is the bottom row */
+  uint32_t order;            /* 0: palette index, or red first; 1: blue, green, red; 2: grey */
+  uint8_t host72[140];
+} HostBitmap;
+
+TAVI_STATIC_ASSERT(sizeof(HostPaletteEntry) == 4);
+TAVI_STATIC_ASSERT(sizeof(HostRect) == 16);
+TAVI_STATIC_ASSERT(sizeof(HostBitmap) == 212);
+TAVI_STATIC_ASSERT(offsetof(HostBitmap, width) == 20);
+TAVI_STATIC_ASSERT(offsetof(HostBitmap, height) == 24);
+TAVI_STATIC_ASSERT(offsetof(HostBitmap, bits) == 28);
+TAVI_STATIC_ASSERT(offsetof(HostBitmap, bytes_per_line) == 32);
+TAVI_STATIC_ASSERT(offsetof(HostBitmap, flags) == 48);
+TAVI_STATIC_ASSERT(offsetof(HostBitmap, color_count) == 52);
+TAVI_STATIC_ASSERT(offsetof(HostBitmap, view_perspective) == 64);
+TAVI_STATIC_ASSERT(offsetof(HostBitmap, order) == 68);
+
+/* Load options, 48 bytes; only the flags word is shared. The filter entry points take the same record. */
+typedef struct HostLoadFlagsRecord {
+  uint8_t host0[12];
+  uint32_t flags; /* see TaviNitf.h for the bits that the filter entry points read */
+  uint8_t host16[32];
+} HostLoadFlagsRecord;
+
+TAVI_STATIC_ASSERT(sizeof(HostLoadFlagsRecord) == 48);
+TAVI_STATIC_ASSERT(offsetof(HostLoadFlagsRecord, flags) == 12);
+
+/* What is known of a picture file, 2184 bytes. Byte-packed: `memory_size` stands unaligned. */
+#pragma pack(push, 1)
+typedef struct HostFileInfo {
+  uint8_t host0[4];
+  uint32_t format; /* the host's number of the file format; 248 is this one */
+  uint8_t host8[1024];
+  uint32_t width;  /* pixels */
+  uint32_t height; /* pixels */
+  uint32_t bits;   /* bits per pixel */
+  uint8_t host1044[8];
+  uint64_t memory_size; /* bytes of the picture in memory, rows padded to four bytes */
+  uint8_t host1060[40];
+  uint32_t host1100; /* 1 */
+  uint32_t host1104; /* 1 */
+  uint8_t host1108[1076];
+} HostFileInfo;
+#pragma pack(pop)
+
+TAVI_STATIC_ASSERT(sizeof(HostFileInfo) == 2184);
+TAVI_STATIC_ASSERT(offsetof(HostFileInfo, format) == 4);
+TAVI_STATIC_ASSERT(offsetof(HostFileInfo, width) == 1032);
+TAVI_STATIC_ASSERT(offsetof(HostFileInfo, height) == 1036);
+TAVI_STATIC_ASSERT(offsetof(HostFileInfo, bits) == 1040);
+TAVI_STATIC_ASSERT(offsetof(HostFileInfo, memory_size) == 1052);
+TAVI_STATIC_ASSERT(offsetof(HostFileInfo, host1100) == 1100);
+TAVI_STATIC_ASSERT(offsetof(HostFileInfo, host1104) == 1104);
+
+/* A surface that painting goes to, and a palette object. Both opaque, owned by whoever asked for them. */
+typedef struct HostDrawingContextObject* HostDrawingContext;
+typedef struct HostPaletteObject* HostPalette;
+
+/* The host's entry that decodes a compressed picture in memory (arguments as HostLoadMemory would take them:
+   buffer, bitmap record, its size 212, bits or 0, order, bytes, load options, file information or null). */
+typedef int32_t (*HostLoadMemoryEntry)(const void* buffer, HostBitmap* bitmap, uint64_t record_size,
+                                       uint32_t bits, uint32_t order, uint64_t size,
+                                       HostLoadFlagsRecord* options, HostFileInfo* information);
+
+/* A hook that the next load calls to learn the layout of a raw stream; `information` is an array of 32-bit
+   places that the hook fills. The entry that installs one returns the hook that was in force. */
+typedef int32_t (*HostLoadHook)(void* information, void* user);
+typedef HostLoadHook (*HostSetLoadHookEntry)(HostLoadHook hook, void* user);
+
+/* ---- Memory (TaviKernel) ------------------------------------------------------------------------------ */
+
+/* A zero-filled block of count x size bytes, or null. Zero elements give a valid block. */
+TAVI_HOST_API void* HostAllocMem(uint64_t count, uint64_t size, int32_t line, const wchar_t* unit);
+/* Frees a block of HostAllocMem or HostReallocMem; null does nothing. */
+TAVI_HOST_API void HostFreeMem(void* block, int32_t line, const wchar_t* unit);
+/* Resizes a block, keeping its contents (new bytes are not defined); null makes one. Returns the block, or null
+   when memory is short, and then the old block stays as it was. */
+TAVI_HOST_API void* HostReallocMem(void* block, uint64_t size, int32_t line, const wchar_t* unit);
+/* As HostAllocMem and HostFreeMem, for short-lived text buffers. */
+TAVI_HOST_API void* HostAllocTemp(uint64_t count, uint64_t size, int32_t line, const wchar_t* unit);
+TAVI_HOST_API void HostFreeTemp(void* block, int32_t line, const wchar_t* unit);
+/* Copies between blocks that do not overlap; fills a block with one byte value. */
+TAVI_HOST_API void HostMemCopy(void* destination, const void* source, uint64_t bytes);
+TAVI_HOST_API void HostMemSet(void* destination, int32_t value, uint64_t bytes);
+/* Announces an object to the leak report, and forgets it. Kinds: 3 global memory block, 4 object made with the
+   language's own allocation, 5 raw block so made. No effect on results. */
+TAVI_HOST_API void HostTrackAdd(int32_t kind, const void* object, int32_t line, const wchar_t* unit);
+TAVI_HOST_API void HostTrackRemove(int32_t kind, const void* object, int32_t line, const wchar_t* unit);
+
+/* ---- Files (TaviKernel) ------------------------------------------------------------------------------- */
+
+/* Opens a file as raw bytes: flags 0x8000 with mode 0x100 for reading, flags 33538 (0x8302) with mode 128 to
+   create or truncate for reading and writing. Returns a handle, or -1 when that fails; every operation
+   accepts -1 and comes back short. Directories and other things that are no regular file fail to open. */
+TAVI_HOST_API int64_t HostFileOpen(const wchar_t* name, uint32_t flags, uint32_t mode);
+TAVI_HOST_API void HostFileClose(int64_t file);
+/* Bytes moved; fewer than asked is how a caller detects the end of the file or a failure. */
+TAVI_HOST_API uint64_t HostFileRead(int64_t file, void* buffer, uint64_t bytes);
+TAVI_HOST_API uint64_t HostFileWrite(int64_t file, const void* buffer, uint64_t bytes);
+TAVI_HOST_API uint64_t HostFileWriteHuge(int64_t file, const void* buffer, uint64_t bytes);
+/* Moves to `offset` from the start (origin 0), the current position (1) or the end (2) and returns the new
+   position. A position before the start is refused: the position stays, and the result is -1. */
+TAVI_HOST_API int64_t HostFileSeek(int64_t file, int64_t offset, int32_t origin);
+
+/* ---- Bitmaps (TaviKernel) ----------------------------------------------------------------------------- */
+
+/* Makes the record valid and empty, with no pixel memory. `record_size` is 212, here and below. */
+TAVI_HOST_API void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t width, uint32_t height,
+                                  uint32_t bits);
+/*
+ * Makes a zeroed bitmap. Memory flags 1 allocate its pixels; flags 2 make a bitmap whose pixels a caller
+ * attaches with HostAttachBitmapData, and then the sides may be 0. `palette` is null for the default (a linear
+ * grey ramp up to 8 bits) or a table that is read up to 2^bits entries, 256 at most. `data` and `data_size`
+ * attach pixels at once with flags 2, and are otherwise null and 0.
+ * Status: ERR_INVALID_BPP for another depth than those of HostBitmap; ERR_INVALID_PARAMETER for a null record,
+ * another record size, unknown flags, or a side that is 0 or above 2^31 - 1; ERR_NO_MEMORY when the pixels
+ * exceed the limit of HostSetBitmapLimit or cannot be had. After a failure the record is empty.
+ */
+TAVI_HOST_API int32_t HostCreateBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t memory_flags,
+                                       uint32_t width, uint32_t height, uint32_t bits, uint32_t order,
+                                       const HostPaletteEntry* palette, uint32_t view_perspective, void* data,
+                                       uint64_t data_size);
+/* Frees the pixels and the palette and leaves the record empty. Attached pixels stay with their owner. */
+TAVI_HOST_API void HostFreeBitmap(HostBitmap* bitmap);
+/* Sets all pixels to zero. */
+TAVI_HOST_API void HostClearBitmap(HostBitmap* bitmap);
+/* Fills all pixels with the colour: its nearest palette entry up to 8 bits, its luminance in grey depths. */
+TAVI_HOST_API void HostFillBitmap(HostBitmap* bitmap, uint32_t color);
+/* Bracket a run of HostGetBitmapRow calls. */
+TAVI_HOST_API void HostAccessBitmap(HostBitmap* bitmap);
+TAVI_HOST_API void HostReleaseBitmap(HostBitmap* bitmap);
+/* Copy one row, in storage order, out of or into the bitmap: `bytes` of it, never more than bytes_per_line. A
+   row outside the bitmap copies nothing. */
+TAVI_HOST_API void HostGetBitmapRow(const HostBitmap* bitmap, void* buffer, uint32_t row, uint64_t bytes);
+TAVI_HOST_API void HostPutBitmapRow(HostBitmap* bitmap, const void* buffer, uint32_t row, uint64_t bytes);
+/* Read or write palette entries `first` to `first + count - 1`; entries beyond the palette are left out. */
+TAVI_HOST_API void HostGetBitmapColors(const HostBitmap* bitmap, uint32_t first, uint32_t count,
+                                       HostPaletteEntry* entries);
+TAVI_HOST_API void HostPutBitmapColors(HostBitmap* bitmap, uint32_t first, uint32_t count,
+                                       const HostPaletteEntry* entries);
+/* The fixed palette of a depth of 1 to 8 bits: always 256 entries, the first 2^bits a linear grey ramp, the rest
+   white. To be freed with HostFreeMem. Null for any other depth, or without memory. */
+TAVI_HOST_API HostPaletteEntry* HostDefaultPalette(uint32_t bits);
+/* A palette object of copies of `count` entries (256 at most), or null. */
+TAVI_HOST_API HostPalette HostCreatePalette(const HostPaletteEntry* entries, uint32_t count);
+/* Gives the bitmap a copy of the palette. */
+TAVI_HOST_API void HostSetBitmapPalette(HostBitmap* bitmap, HostPalette palette);
+/* Releases a palette object. */
+TAVI_HOST_API void HostDeleteObject(HostPalette object, int32_t line, const wchar_t* unit);
+/* Attaches a caller's pixels, which stay the caller's and must outlive their use. Status: ERR_NO_BITMAP for an
+   invalid record or one that allocates its own, ERR_INVALID_PARAMETER when `size` is below the rows' bytes. */
+TAVI_HOST_API int32_t HostAttachBitmapData(HostBitmap* bitmap, void* buffer, uint64_t size);
+/* A drawing context that draws into the bitmap, or null. The bitmap must outlive it. */
+TAVI_HOST_API HostDrawingContext HostCreateBitmapDC(HostBitmap* bitmap);
+TAVI_HOST_API void HostDeleteBitmapDC(HostDrawingContext context);
+
+/* ---- Pixel processing (TaviImageFx) ------------------------------------------------------------------- */
+
+/*
+ * Combines a source rectangle into a destination rectangle of the same size; `mode` 800: the source replaces the
+ * destination. Parts outside either bitmap are left out. Bitmaps of one depth and order are combined byte for
+ * byte (palettes are not looked at); others by colour. Status: ERR_NO_BITMAP, ERR_NOT_SUPPORTED (other mode).
+ */
+TAVI_HOST_API int32_t HostCombineBitmap(HostBitmap* destination, int32_t x, int32_t y, uint32_t width,
+                                        uint32_t height, const HostBitmap* source, int32_t source_x,
+                                        int32_t source_y, uint32_t mode);
+/* Counts the pixels of each level into 256 counters (count is 256, flags 0): palette indices up to 8 bits as
+   grey levels of their entries, deeper pixels by luminance. Counters are added to. Status: ERR_NO_BITMAP,
+   ERR_INVALID_PARAMETER. */
+TAVI_HOST_API int32_t HostHistogram(const HostBitmap* bitmap, uint32_t* counters, uint32_t count, uint32_t flags);
+/* Brightens the picture by `amount` thousandths of the full scale; 350 is the only amount used. */
+TAVI_HOST_API int32_t HostAdjustBitmap(HostBitmap* bitmap, int32_t amount);
+
+/* ---- Painting (TaviDisplay, TaviEffects) -------------------------------------------------------------- */
+
+/* A palette that suits painting the bitmap, or null when none is needed. To be released by HostDeleteObject. */
+TAVI_HOST_API HostPalette HostCreatePaintPalette(HostDrawingContext context, const HostBitmap* bitmap);
+/* Paints the whole bitmap into the rectangle, scaled to it when the sizes differ. `source` and `clip` are null,
+   `operation` is 0xCC0020, source copy. Status: ERR_NO_BITMAP, ERR_INVALID_PARAMETER, ERR_NOT_SUPPORTED. */
+TAVI_HOST_API int32_t HostPaintBitmap(HostDrawingContext context, const HostBitmap* bitmap, const HostRect* source,
+                                      const HostRect* source_clip, const HostRect* destination,
+                                      const HostRect* destination_clip, uint32_t operation);
+/* The same, leaving out the pixels whose colour is `transparent`. The values between are 1000 and seven ones. */
+TAVI_HOST_API int32_t HostPaintBitmapKeyed(HostDrawingContext context, const HostBitmap* bitmap,
+                                           const HostRect* source, const HostRect* source_clip,
+                                           const HostRect* destination, const HostRect* destination_clip,
+                                           uint32_t opacity, uint32_t reserved1, uint32_t reserved2,
+                                           uint32_t reserved3, uint32_t reserved4, uint32_t reserved5,
+                                           uint32_t reserved6, uint32_t reserved7, uint32_t transparent,
+                                           uint32_t reserved8, uint32_t reserved9, uint32_t operation);
+
+/* ---- Platform ------------------------------------------------------------------------------------------ */
+
+#if !defined(_WIN32)
+/* What Windows provides elsewhere, under its names. */
+TAVI_HOST_API int32_t SetRect(HostRect* rect, int32_t left, int32_t top, int32_t right, int32_t bottom);
+/* Selects a palette into a context and returns the one that was selected; `background` is 0. */
+TAVI_HOST_API HostPalette SelectPalette(HostDrawingContext context, HostPalette palette, int32_t background);
+TAVI_HOST_API uint32_t RealizePalette(HostDrawingContext context);
+/* Shows a message: goes to the sink of HostSetMessageSink, or as "caption: text" to standard error. Returns 1. */
+TAVI_HOST_API int32_t MessageBoxA(void* owner, const char* text, const char* caption, uint32_t flags);
+/* A debug string; goes to the sink of HostSetDebugSink, or nowhere. */
+TAVI_HOST_API void OutputDebugStringA(const char* text);
+/* 0 when the file exists (mode 0), else -1. */
+TAVI_HOST_API int32_t _waccess(const wchar_t* path, int32_t mode);
+#endif
+
+/* ---- The open host's own controls (the library calls none of these) ------------------------------------ */
+
+typedef void (*HostMessageSink)(const char* text, const char* caption, void* user);
+typedef void (*HostDebugSink)(const char* text, void* user);
+/* Where messages and debug strings go, for the whole process; null puts the default back. */
+TAVI_HOST_API void HostSetMessageSink(HostMessageSink sink, void* user);
+TAVI_HOST_API void HostSetDebugSink(HostDebugSink sink, void* user);
+
+/* The largest pixel memory, in bytes, that one bitmap may take; larger ones are refused with ERR_NO_MEMORY. The
+   default is 2 GiB (a 24-bit picture of 26,000 x 26,000): a file of a few hundred bytes can claim far more. */
+TAVI_HOST_API void HostSetBitmapLimit(uint64_t bytes);
+TAVI_HOST_API uint64_t HostGetBitmapLimit(void);
+
+/* What is alive: blocks of HostAllocMem, HostReallocMem and HostAllocTemp, tracked objects, palettes, contexts,
+   bitmap pixels and open files. Counted in every build; where a live one was made is known in debug builds only,
+   and HostReportLeaks prints it to `sink` (null: standard error), one line each. Returns the number alive. */
+TAVI_HOST_API uint64_t HostLiveObjects(void);
+TAVI_HOST_API uint64_t HostReportLeaks(HostDebugSink sink, void* user);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* TAVI_HOST_H */
