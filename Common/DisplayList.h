@@ -1,0 +1,67 @@
+// The common coordinate system: the order of drawing, the offsets of attached segments, the size of the
+// composite.
+#pragma once
+
+#include <cstdint>
+
+#include "NitfFile.h"
+#include "TaviNitf.h"
+
+namespace tavi {
+
+enum DisplayKind : uint32_t { kDisplayImage = 0, kDisplayGraphic = 2, kDisplayLabel = 3 };
+
+struct DisplayEntry {
+  uint32_t Kind;
+  uint32_t DisplayLevel;
+  uint32_t Index;  // place in the list of its kind
+};
+static_assert(sizeof(DisplayEntry) == 12);
+
+// All drawable segments by ascending display level, built afresh for each use. SUCCESS without an array for a
+// document that holds texts only; ERR_NO_MEMORY.
+int32_t BuildDisplayList(HostArray<DisplayEntry>& list, NitfFile& document);
+
+// A segment's offset: what the locations of all segments sum to that it is attached to, its own not counted.
+struct Offset {
+  int32_t row = 0;
+  int32_t column = 0;
+};
+
+// Finds the first segment of a kind with a display level, without walking the list each time.
+class LevelIndex {
+ public:
+  static constexpr uint32_t kNone = UINT32_MAX;
+  void Note(uint32_t level, uint32_t index);
+  // The lowest index noted with the level, or kNone.
+  uint32_t Find(uint32_t level) const;
+
+ private:
+  // Levels of three characters: 0 to 999, and -99 to -1 where a file has a sign.
+  static constexpr uint32_t kLowest = 99;
+  static constexpr uint32_t kLevels = 999 + kLowest + 1;
+  uint16_t first_[kLevels] = {};  // index + 1; 0 for none
+};
+
+// Sums up attachment chains. The document must not change meanwhile.
+class AttachmentWalk {
+ public:
+  explicit AttachmentWalk(const NitfFile& document);
+  // A chain that comes back to a segment ends there with the sums gathered so far.
+  Offset AccumulateAttachment(const DisplayEntry& entry) const;
+
+ private:
+  const NitfFile& document_;
+  LevelIndex images_;
+  LevelIndex graphics_;
+};
+
+// The lowest display level above all that exist; 1 for a document with nothing to draw.
+int32_t NextDisplayLevel(NitfFile& document);
+
+// See GetActual_Width_Height.
+int32_t CompositeSize(NitfFile& document, uint32_t& width, uint32_t& height);
+// See Tavi_NitfDrawObjects.
+int32_t DrawObjects(FilterLoadContext* context, HostDrawingContext dc, NitfFile& document);
+
+}  // namespace tavi

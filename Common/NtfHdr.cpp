@@ -1,0 +1,232 @@
+#include "NtfHdr.h"
+
+#include <cstring>
+
+#include "HeaderReader.h"
+#include "NitfFile.h"
+#include "StrmFHdr.h"
+
+namespace tavi {
+
+TAVI_UNIT(L"Common/NtfHdr")
+
+namespace {
+
+using R = NtfHdr;
+using Field = FieldRow<R>::Field;
+
+bool DowngradesByEvent(const R& header, Layout) {
+  return std::memcmp(header.Text.FSDWNG, kDowngradeByEvent, sizeof header.Text.FSDWNG - 1) == 0;
+}
+bool HasUserData(const R& header, Layout) {
+  return NumberOf(header.Text.UDHDL) != 0;
+}
+bool HasExtendedData(const R& header, Layout) {
+  return NumberOf(header.Text.XHDL) != 0;
+}
+int64_t UserDataLength(const R& header) {
+  return NumberOf(header.Text.UDHDL) - kOverflowWidth;
+}
+int64_t ExtendedDataLength(const R& header) {
+  return NumberOf(header.Text.XHDL) - kOverflowWidth;
+}
+
+int32_t MarkValid(R& header, const Field&) {
+  header.Valid = 1;
+  return SUCCESS;
+}
+
+int32_t SetComplexity(R& header, const Field&) {
+  header.ClevelValue = 3;
+  return SUCCESS;
+}
+
+int32_t PackBackground(R& header, const Field& field) {
+  const auto byte = [&](uint32_t i) { return static_cast<uint32_t>(static_cast<uint8_t>(field.chars[i])); };
+  header.BackgroundValue = byte(0) | byte(1) << 8 | byte(2) << 16;
+  return SUCCESS;
+}
+
+// Makes room in lists of one length each, keeping earlier values, which a streaming pass may not replace
+// wholly.
+template <class... Lists>
+int32_t MakeRoom(uint32_t count, Lists&... lists) {
+  return (lists.Resize(count, Here()) && ...) ? SUCCESS : ERR_NO_MEMORY;
+}
+
+constexpr FieldRow<R> kImageLengths[] = {
+    FIELD_IN_FILE("LISH", 6).Length(&R::LishRead, &R::LishWork).Streamed("999999"),
+    FIELD_IN_FILE("LI", 10).Length(&R::LiRead, &R::LiWork).Streamed("9999999999"),
+};
+constexpr FieldRow<R> kGraphicLengths[] = {
+    FIELD_IN_FILE("LSSH", 4).Length(&R::LsshRead, &R::LsshWork).Streamed("9999"),
+    FIELD_IN_FILE("LS", 6).Length(&R::LsRead, &R::LsWork),
+};
+constexpr FieldRow<R> kLabelLengths[] = {
+    FIELD_IN_FILE("LLSH", 4).Length(&R::LlshList),
+    FIELD_IN_FILE("LL", 3).Length(&R::LlRead, &R::LlWork),
+};
+constexpr FieldRow<R> kTextLengths[] = {
+    FIELD_IN_FILE("LTSH", 4).Length(&R::LtshList).Streamed("9999"),
+    FIELD_IN_FILE("LT", 5).Length(&R::LtRead, &R::LtWork),
+};
+constexpr FieldRow<R> kDataExtensionLengths[] = {
+    FIELD_IN_FILE("LDSH", 4).Length(&R::LdshList).Streamed("9999"),
+    FIELD_IN_FILE("LD", 9).Length(&R::LdList).Streamed("999999999"),
+};
+constexpr FieldRow<R> kReservedExtensionLengths[] = {
+    FIELD_IN_FILE("LRESH", 4).Length(&R::LreshList),
+    FIELD_IN_FILE("LRE", 7).Length(&R::LreList),
+};
+
+constexpr FieldRow<R> ImageTable() {
+  return FieldRow<R>::Repeat(
+      kImageLengths, [](const R& h) { return h.NumImages; },
+      [](R& h, uint32_t n) { return MakeRoom(n, h.LishRead, h.LishWork, h.LiRead, h.LiWork); });
+}
+constexpr FieldRow<R> GraphicTable() {
+  return FieldRow<R>::Repeat(
+      kGraphicLengths, [](const R& h) { return h.NumGraphics; },
+      [](R& h, uint32_t n) { return MakeRoom(n, h.LsshRead, h.LsshWork, h.LsRead, h.LsWork); });
+}
+constexpr FieldRow<R> LabelTable() {
+  return FieldRow<R>::Repeat(
+      kLabelLengths, [](const R& h) { return h.NumLabels; },
+      [](R& h, uint32_t n) { return MakeRoom(n, h.LlshList, h.LlRead, h.LlWork); });
+}
+constexpr FieldRow<R> TextTable() {
+  return FieldRow<R>::Repeat(
+      kTextLengths, [](const R& h) { return h.NumTexts; },
+      [](R& h, uint32_t n) { return MakeRoom(n, h.LtshList, h.LtRead, h.LtWork); });
+}
+constexpr FieldRow<R> DataExtensionTable() {
+  return FieldRow<R>::Repeat(
+      kDataExtensionLengths, [](const R& h) { return h.NumDes; },
+      [](R& h, uint32_t n) { return MakeRoom(n, h.LdshList, h.LdList); });
+}
+constexpr FieldRow<R> ReservedExtensionTable() {
+  return FieldRow<R>::Repeat(
+      kReservedExtensionLengths, [](const R& h) { return h.NumRes; },
+      [](R& h, uint32_t n) { return MakeRoom(n, h.LreshList, h.LreList); });
+}
+
+// HL has six digits, so this never stands in it: an HL of all nines starts no streaming pass, and that is
+// kept.
+constexpr char kHlSentinel[] = "9999";
+
+constexpr FieldRow<R> kRows[] = {
+    TEXT(FHDR, 4).Must("NITF|NSIF", ERR_FILE_FORMAT).Then(MarkValid).Terminated().Starts("NITF").Settable(),
+    TEXT(FVER, 5).Must("02.10", ERR_NOT_NITF).Starts("02.10"),
+    TEXT(CLEVEL, 2).Must("03", ERR_UNSUPPORTED_CLEVEL, "Unsupported CLEVEL").Then(SetComplexity).Starts("03"),
+    TEXT(STYPE, 4).Starts("BF01").Settable(),
+    TEXT(OSTAID, 10).Settable(),
+    TEXT(FDT, 14).Starts("20050101010101"),
+    TEXT(FTITLE, 80).Blank().Settable(),
+    TEXT(FSCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U").Settable(),
+    SECURITY_ROWS(FS, DowngradesByEvent),
+    TEXT(FSCOP, 5),
+    TEXT(FSCPYS, 5),
+    TEXT(ENCRYP, 1),
+    TEXT(FBKGC, 3, kAbsent).Then(PackBackground).Terminated(),
+    TEXT(ONAME, 24, 27).Blank().Settable(),
+    TEXT(OPHONE, 18).Blank().Settable(),
+    TEXT(FL, 12).Number(&R::FlValue, &R::FlMirror).Streamed("999999999999"),
+    TEXT(HL, 6).Number(&R::HlRead, &R::HlWork).Streamed(kHlSentinel).Terminated(),
+    TEXT(NUMI, 3).Number(&R::NumImages).Terminated(),
+    ImageTable(),
+    TEXT(NUMS, 3).Number(&R::NumGraphics).Terminated(),
+    GraphicTable(),
+    TEXT(NUMX, 3, kAbsent).Must("000", ERR_FILE_FORMAT).Terminated(),
+    TEXT(NUML, kAbsent, 3).Number(&R::NumLabels).Terminated(),
+    LabelTable(),
+    TEXT(NUMT, 3).Number(&R::NumTexts).Terminated(),
+    TextTable(),
+    TEXT(NUMDES, 3).Number(&R::NumDes).Terminated(),
+    DataExtensionTable(),
+    TEXT(NUMRES, 3).Number(&R::NumRes).Terminated(),
+    ReservedExtensionTable(),
+    TEXT(UDHDL, 5).Terminated(),
+    TEXT(UDHOFL, 3).When(HasUserData).Terminated(),
+    FieldRow<R>::Block("UDHD", &R::UDHD, UserDataLength).When(HasUserData),
+    TEXT(XHDL, 5).Terminated(),
+    TEXT(XHDLOFL, 3).When(HasExtendedData).Terminated(),
+    FieldRow<R>::Block("XHD", &R::XHD, ExtendedDataLength).When(HasExtendedData),
+};
+
+uint32_t CountBlockTres(const HostArray<uint8_t>& block) {
+  return static_cast<uint32_t>(CountTres(block.data(), static_cast<uint32_t>(block.size() - 1)));
+}
+
+bool AddEntry(uint32_t count, uint32_t value, LengthList& read, LengthList& work) {
+  const uint64_t room = count + 1ULL;
+  if ((read.size() < room && !read.Resize(room, Here())) ||
+      (work.size() < room && !work.Resize(room, Here()))) {
+    return false;
+  }
+  read[count] = work[count] = value;
+  return true;
+}
+
+}  // namespace
+
+std::span<const FieldRow<NtfHdr>> FileHeaderRows() {
+  return kRows;
+}
+
+NtfHdr::NtfHdr() {
+  SetDefaults<NtfHdr>(*this, kRows);
+}
+
+void NtfHdr::Release() {
+  for (LengthList* list :
+       {&LishRead, &LishWork, &LiRead, &LiWork, &LsshRead, &LsshWork, &LsRead, &LsWork, &LlshList, &LlRead,
+        &LlWork, &LtshList, &LtRead, &LtWork, &LdshList, &LdList, &LreshList, &LreList}) {
+    list->Release();
+  }
+  UDHD.Release();
+  XHD.Release();
+}
+
+int32_t ReadFileHeader(NtfHdr& header, NitfFile& document, StrmFHdr& stream, uint32_t streaming) {
+  FieldReader reader(document, SegmentKind::kFileHeader, 0, StreamLimit(document, stream, streaming));
+  const int32_t status = ReadRows<NtfHdr>(header, kRows, reader);
+  if (header.UDHD.exists()) {
+    header.UserTreCount = CountBlockTres(header.UDHD);
+    header.UserTreCursor = header.UDHD.data();
+  }
+  if (header.XHD.exists()) {
+    header.ExtendedTreCount = CountBlockTres(header.XHD);
+    header.ExtendedTreCursor = header.XHD.data();
+  }
+  if (status != SUCCESS) return status == kBudgetSpent ? SUCCESS : status;
+  if (streaming != 0) {
+    NoteStreamConsumed(document, reader.consumed());
+    return SUCCESS;
+  }
+  if (!reader.sentinel_seen()) return SUCCESS;
+  const int32_t located = SeekReplacementData(document, stream);
+  return located == SUCCESS ? ReadFileHeader(header, document, stream, 1) : located;
+}
+
+int32_t SetHeaderField(NtfHdr& header, std::string_view field, const char* text) {
+  return SetField<NtfHdr>(header, kRows, field, text);
+}
+
+bool AddImageSubheaderLength(NtfHdr& h, uint32_t length) {
+  return AddEntry(h.NumImages, length, h.LishRead, h.LishWork);
+}
+bool AddImageDataLength(NtfHdr& h, uint32_t length) {
+  return AddEntry(h.NumImages, length, h.LiRead, h.LiWork);
+}
+bool AddGraphicSubheaderLength(NtfHdr& h, uint32_t) {
+  constexpr uint32_t kGraphicSubheaderLength = 258;  // up to and including SXSHDL, in both layouts
+  return AddEntry(h.NumGraphics, kGraphicSubheaderLength, h.LsshRead, h.LsshWork);
+}
+bool AddGraphicDataLength(NtfHdr& h, uint32_t length) {
+  return AddEntry(h.NumGraphics, length, h.LsRead, h.LsWork);
+}
+bool AddTextDataLength(NtfHdr& h, uint32_t length) {
+  return AddEntry(h.NumTexts, length, h.LtRead, h.LtWork);
+}
+
+}  // namespace tavi

@@ -1,0 +1,82 @@
+#include "TaviKernel/PixelMemory.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace tavi::host {
+namespace {
+
+// Rows so long that a spare one to hold the pattern would be a burden are filled at once.
+constexpr uint64_t kLongestPattern = uint64_t{1} << 20;
+
+bool IsUniform(const uint8_t* bytes, uint64_t size) {
+  return std::all_of(bytes + 1, bytes + size, [bytes](uint8_t byte) { return byte == bytes[0]; });
+}
+
+}  // namespace
+
+bool PixelMemory::AllocateLarge(uint64_t size) noexcept {
+  block_ = AcquireLargeBlock(size);
+  if (block_.bytes == nullptr) return false;
+  bytes_ = block_.bytes;
+  const uint64_t words = (uint64_t{rows_} + 63) / 64;
+  if (bytes_per_line_ <= kLongestPattern) {
+    pending_ = static_cast<uint64_t*>(std::calloc(1, words * sizeof(uint64_t) + bytes_per_line_));
+  }
+  if (pending_ != nullptr) pattern_ = reinterpret_cast<uint8_t*>(pending_ + words);
+  if (!block_.zeroed) FillRows(nullptr);
+  return true;
+}
+
+bool PixelMemory::Allocate(uint32_t rows, uint64_t bytes_per_line) noexcept {
+  rows_ = rows;
+  bytes_per_line_ = bytes_per_line;
+  const uint64_t size = rows * bytes_per_line;
+  if (size >= kLargeBlockBytes && UseLargeBlocks()) return AllocateLarge(size);
+  bytes_ = static_cast<uint8_t*>(std::calloc(size, 1));
+  return bytes_ != nullptr;
+}
+
+void PixelMemory::Free() noexcept {
+  if (block_.bytes != nullptr) {
+    ReleaseLargeBlock(block_);
+  } else {
+    std::free(bytes_);
+  }
+  std::free(pending_);
+  *this = PixelMemory();
+}
+
+void PixelMemory::FillNow(const uint8_t* pattern) noexcept {
+  if (pattern == nullptr || IsUniform(pattern, bytes_per_line_)) {
+    std::memset(bytes_, pattern == nullptr ? 0 : pattern[0], rows_ * bytes_per_line_);
+    return;
+  }
+  for (uint64_t row = 0; row < rows_; ++row) {
+    uint8_t* const target = bytes_ + row * bytes_per_line_;
+    if (target != pattern) std::memcpy(target, pattern, bytes_per_line_);
+  }
+}
+
+void PixelMemory::FillRows(const uint8_t* pattern) noexcept {
+  if (bytes_ == nullptr) return;
+  if (pending_ == nullptr) {
+    FillNow(pattern);
+    return;
+  }
+  if (pattern == nullptr) {
+    std::memset(pattern_, 0, bytes_per_line_);
+  } else {
+    std::memcpy(pattern_, pattern, bytes_per_line_);
+  }
+  std::memset(pending_, 0xFF, (uint64_t{rows_} + 63) / 64 * sizeof(uint64_t));
+  pending_rows_ = rows_;
+}
+
+void PixelMemory::WritePattern(uint32_t row) noexcept {
+  std::memcpy(bytes_ + row * bytes_per_line_, pattern_, bytes_per_line_);
+  ClearPending(row);
+}
+
+}  // namespace tavi::host

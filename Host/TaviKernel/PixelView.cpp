@@ -1,0 +1,56 @@
+#include "TaviKernel/PixelView.h"
+
+namespace tavi::host {
+namespace {
+
+Layout LayoutOf(uint32_t bits) {
+  switch (bits) {
+    case 12:
+      return Layout::kGrey12;
+    case 16:
+      return Layout::kGrey16;
+    case 24:
+      return Layout::kColor24;
+    case 32:
+      return Layout::kColor32;
+    case 48:
+      return Layout::kColor48;
+    case 64:
+      return Layout::kColor64;
+    default:
+      return Layout::kIndexed;
+  }
+}
+
+}  // namespace
+
+bool ViewOf(const HostBitmap* bitmap, PixelView* view) noexcept {
+  BitmapPart part;
+  if (!IsValid(bitmap, &part) || part.pixels == nullptr || part.width == 0 || part.height == 0) return false;
+  view->pixels = part.pixels;
+  view->memory = part.source == PixelSource::kAllocated ? &part.body->memory : nullptr;
+  view->width = part.width;
+  view->height = part.height;
+  view->bits = part.bits;
+  view->stride = part.bytes_per_line;
+  view->layout = LayoutOf(part.bits);
+  view->red_first = bitmap->order == 0;
+  view->bottom_up = bitmap->view_perspective == kBottomUp;
+  view->sample_order = part.sample_order;
+  view->palette = PaletteOf(part, &view->palette_count);
+  return true;
+}
+
+bool IsVoid(const HostBitmap* bitmap) noexcept {
+  BitmapPart part;
+  return IsValid(bitmap, &part) && part.source == PixelSource::kAttached && (part.width == 0 || part.height == 0);
+}
+
+void SetSampleOrder(HostBitmap* bitmap, SampleOrder order) noexcept {
+  BitmapPart part;
+  if (!IsValid(bitmap, &part) || part.sample_order == order) return;
+  part.sample_order = order;
+  StorePart(bitmap, part);
+}
+
+}  // namespace tavi::host

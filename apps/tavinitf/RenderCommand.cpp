@@ -1,0 +1,202 @@
+// tavinitf render: the composite of each file as a picture.
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "Commands.h"
+#include "PathNames.h"
+#include "PictureLoader.h"
+#include "PictureWriter.h"
+#include "Progress.h"
+#include "Refusal.h"
+#include "TaviStatus.h"
+
+namespace tavinitf {
+namespace {
+
+constexpr unsigned kMostThreads = 64;
+
+struct RenderOptions {
+  std::vector<std::string> files;
+  std::string output;
+  std::string folder;
+  unsigned threads = 1;
+  std::optional<uint32_t> bits;
+  LoadOptions load;
+};
+
+struct Job {
+  std::string input;
+  std::string output;
+};
+
+// The line that tells of a failure; nothing when all went well.
+using Failure = std::optional<std::string>;
+
+Failure NotWritten(const std::string& path, const std::string& reason) {
+  return FailureLine(path, "not written", reason, ERR_FILE_WRITE);
+}
+
+// Finds out why the library refused the file or could not draw it.
+Failure NotLoaded(const Job& job, const std::wstring& wide, int32_t status) {
+  const NitfContents contents = ReadContents(job.input, wide);
+  if (contents.status < SUCCESS) {
+    return FailureLine(job.input, "not opened", ExplainOpenFailure(job.input, contents), contents.status);
+  }
+  return FailureLine(job.input, "not drawn", ExplainDrawFailure(status, contents), status);
+}
+
+Failure Render(const Job& job, LoadOptions load, std::optional<uint32_t> bits) {
+  const std::optional<std::wstring> wide = WideFromUtf8(job.input);
+  if (!wide) {
+    return FailureLine(job.input, "not opened", "its name is not valid UTF-8", ERR_FILE_NOT_FOUND);
+  }
+  const PictureFormat& format = *FindPictureFormat(job.output);
+  load.bits = bits.value_or(format.grey_only ? 8 : 24);
+
+  PictureSize size;
+  int32_t status = QueryPictureSize(*wide, load, size);
+  if (status != SUCCESS) return NotLoaded(job, *wide, status);
+
+  OutputFile file;
+  if (!file.Open(job.output)) return NotWritten(job.output, file.error());
+  const std::unique_ptr<PictureWriter> writer = format.make(file);
+  if (!writer->Begin({size.width, size.height, load.bits / 8})) return NotWritten(job.output, file.error());
+  status = LoadPicture(*wide, load, [&](const uint8_t* row) { return writer->WriteRow(row); });
+  if (!file.error().empty()) return NotWritten(job.output, file.error());
+  if (status != SUCCESS) return NotLoaded(job, *wide, status);
+  if (!writer->Finish() || !file.Commit()) return NotWritten(job.output, file.error());
+  return std::nullopt;
+}
+
+// Runs the jobs on several threads, each with files of its own, and tells of failures in the order of the
+// jobs.
+class RenderRun {
+ public:
+  RenderRun(const RenderOptions& options, const std::vector<Job>& jobs)
+      : options_(options), jobs_(jobs), results_(jobs.size()), progress_(jobs.size()) {}
+
+  int Run() {
+    const auto count = std::min<size_t>({options_.threads, jobs_.size(), kMostThreads});
+    std::vector<std::jthread> helpers;
+    for (size_t i = 1; i < count; ++i) helpers.emplace_back([this] { Work(); });
+    Work();
+    helpers.clear();
+    return failed_ ? kFailed : kDone;
+  }
+
+ private:
+  void Work() {
+    for (size_t i = next_++; i < jobs_.size(); i = next_++) {
+      Failure failure;
+      try {
+        failure = Render(jobs_[i], options_.load, options_.bits);
+      } catch (const std::exception& error) {
+        failure = FailureLine(jobs_[i].input, "not drawn", error.what(), ERR_NO_MEMORY);
+      }
+      Report(i, std::move(failure));
+      progress_.Advance();
+    }
+  }
+
+  void Report(size_t job, Failure failure) {
+    const std::lock_guard lock(mutex_);
+    results_[job] = std::move(failure);
+    for (; reported_ < results_.size() && results_[reported_]; ++reported_) {
+      const Failure& result = *results_[reported_];
+      if (!result) continue;
+      failed_ = true;
+      progress_.PrintLine(*result);
+    }
+  }
+
+  const RenderOptions& options_;
+  const std::vector<Job>& jobs_;
+  std::atomic<size_t> next_ = 0;
+  std::mutex mutex_;
+  std::vector<std::optional<Failure>> results_;  // empty: not done yet
+  size_t reported_ = 0;
+  bool failed_ = false;
+  Progress progress_;
+};
+
+// What is wrong with the options taken together; nothing when they fit.
+std::optional<std::string> FindMisuse(const RenderOptions& options) {
+  if (options.output.empty() == options.folder.empty()) return "either -o OUT or -d DIR is needed";
+  if (options.output.empty()) return std::nullopt;
+  if (options.files.size() > 1) return "-o takes one FILE; use -d DIR for many";
+  const PictureFormat* format = FindPictureFormat(options.output);
+  if (format == nullptr) return "\"" + options.output + "\" has none of the endings " + PictureEndings();
+  if (format->grey_only && options.bits == 24U) return "\"" + options.output + "\" can hold 8 bits only";
+  return std::nullopt;
+}
+
+// The input and output of each picture. Two inputs that would make one output are a misuse.
+std::optional<std::string> ListJobs(const RenderOptions& options, std::vector<Job>& jobs) {
+  if (!options.output.empty()) {
+    jobs.push_back({options.files.front(), options.output});
+    return std::nullopt;
+  }
+  std::map<std::string, std::string> makers;
+  for (const std::string& file : options.files) {
+    const std::filesystem::path name = std::filesystem::path(file).filename().replace_extension(".png");
+    const std::string output = (std::filesystem::path(options.folder) / name).string();
+    const auto [maker, is_new] = makers.emplace(output, file);
+    if (!is_new)
+      return "\"" + maker->second + "\" and \"" + file + "\" would both be drawn to \"" + output + "\"";
+    jobs.push_back({file, output});
+  }
+  return std::nullopt;
+}
+
+int RunRender(const RenderOptions& options) {
+  std::vector<Job> jobs;
+  std::optional<std::string> misuse = FindMisuse(options);
+  if (!misuse) misuse = ListJobs(options, jobs);
+  if (misuse) {
+    std::fprintf(stderr, "tavinitf render: %s\nRun with --help for more information.\n", misuse->c_str());
+    return kWrongUsage;
+  }
+  if (!options.folder.empty()) {
+    std::error_code error;
+    std::filesystem::create_directories(options.folder, error);
+    if (error) {
+      std::fprintf(stderr, "%s\n", NotWritten(options.folder, error.message())->c_str());
+      return kFailed;
+    }
+  }
+  return RenderRun(options, jobs).Run();
+}
+
+}  // namespace
+
+void AddRenderCommand(CLI::App& app, int& exit_status) {
+  auto options = std::make_shared<RenderOptions>();
+  CLI::App* command = app.add_subcommand("render", "Draw files as pictures: all segments of a file as one");
+  command->add_option("FILE", options->files, "NITF files")->required();
+  command->add_option("-o,--output", options->output, "The picture of the one FILE: " + PictureEndings());
+  command->add_option("-d,--directory", options->folder, "Make a PNG of each FILE in this folder")
+      ->type_name("DIR");
+  command->add_option("-j,--jobs", options->threads, "Draw so many files at a time")
+      ->check(CLI::Range(1U, kMostThreads))
+      ->type_name("N");
+  command->add_flag("--fixed-canvas", options->load.fixed_canvas,
+                    "Draw on 2048 x 2048 pixels whatever the file holds");
+  command->add_flag("--stretch-dark", options->load.stretch_dark,
+                    "Brighten images with nothing above grey level 19");
+  command->add_flag("--paint-each", options->load.paint_each,
+                    "Paint each graphic object as soon as it is built");
+  command->add_option("--bits", options->bits, "Bits per pixel: 24 colours, 8 grey (default 24, for .pgm 8)")
+      ->check(CLI::IsMember({24U, 8U}));
+  command->callback([options, &exit_status] { exit_status = RunRender(*options); });
+}
+
+}  // namespace tavinitf

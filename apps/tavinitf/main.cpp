@@ -1,0 +1,43 @@
+// tavinitf: looks into NITF files and draws them.
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "Commands.h"
+#include "HostEntries.h"
+#include "OutputFile.h"
+
+namespace {
+
+int Run(int argc, char** argv) {
+  CLI::App app{"Looks into NITF files and draws them.", "tavinitf"};
+  app.set_version_flag("--version", "tavinitf " TAVINITF_VERSION);
+  app.require_subcommand(1);
+  app.footer("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.");
+  int exit_status = tavinitf::kDone;
+  tavinitf::AddInfoCommand(app, exit_status);
+  tavinitf::AddRenderCommand(app, exit_status);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? tavinitf::kDone : tavinitf::kWrongUsage;
+  }
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    std::fputs("tavinitf: standard output cannot be written\n", stderr);
+    return tavinitf::kFailed;
+  }
+  return exit_status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  tavinitf::SilenceHostMessages();
+  tavinitf::RemovePartsOnSignals();
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "tavinitf: %s\n", error.what());
+    return tavinitf::kFailed;
+  }
+}

@@ -1,0 +1,78 @@
+// fltLoad with a callback that drops the rows, and the copy of a composite that it is measured against.
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+
+#include "Bench.h"
+#include "TaviNitf.h"
+
+namespace tavi_bench {
+namespace {
+
+int32_t RefuseCodedPicture(const void*, HostBitmap*, uint64_t, uint32_t, uint32_t, uint64_t,
+                           HostLoadFlagsRecord*, HostFileInfo*) {
+  return ERR_NOT_SUPPORTED;
+}
+HostLoadHook TakeNoHook(HostLoadHook, void*) {
+  return nullptr;
+}
+void NeverCalled() {}
+
+int32_t DropRow(uint64_t, HostBitmap*, uint8_t* row, uint32_t, int32_t, int32_t, void* user) {
+  benchmark::DoNotOptimize(row);
+  ++*static_cast<uint32_t*>(user);
+  return 1;
+}
+
+void Load(benchmark::State& state, const std::wstring& path, uint32_t bits) {
+  for (auto _ : state) {
+    uint32_t rows = 0;
+    HostLoadFlagsRecord flags{};
+    HostBitmap bitmap{};
+    HostInitBitmap(&bitmap, sizeof(bitmap), 0, 0, bits);
+    FilterLoadContext context{};
+    context.file_name = path.c_str();
+    context.bitmap = &bitmap;
+    context.row_callback = DropRow;
+    context.user = &rows;
+    context.load_flags = &flags;
+    context.load_memory = RefuseCodedPicture;
+    context.set_load_hook = TakeNoHook;
+    context.third_entry = NeverCalled;
+    const int32_t status = fltLoad(&context);
+    if (status != SUCCESS || rows != kSide) {
+      state.SkipWithError(("status " + std::to_string(status) + ", rows " + std::to_string(rows)).c_str());
+      return;
+    }
+  }
+}
+
+void Copy(benchmark::State& state, size_t size) {
+  const std::vector<uint8_t> from(size, 1);
+  std::vector<uint8_t> to(size, 2);
+  for (auto _ : state) {
+    std::memcpy(to.data(), from.data(), size);
+    benchmark::DoNotOptimize(to.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(size) * state.iterations());
+}
+
+}  // namespace
+
+std::string CopyName(uint32_t load_bits) {
+  return "copy/" + std::to_string(load_bits) + " bits";
+}
+
+void RegisterLoads(const std::filesystem::path& folder) {
+  for (const uint32_t bits : {24U, 8U}) {
+    benchmark::RegisterBenchmark(CopyName(bits).c_str(), Copy, size_t{kSide} * kSide * bits / 8)
+        ->Unit(benchmark::kMillisecond);
+  }
+  for (const LoadCase& load : LoadCases()) {
+    benchmark::RegisterBenchmark(load.name.c_str(), Load, WriteLoadFile(load, folder), load.load_bits)
+        ->Unit(benchmark::kMillisecond);
+  }
+}
+
+}  // namespace tavi_bench

@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# Measures a release build: results as JSON in build-release/bench.json, ratios with their bounds on the screen.
+# Further arguments go to the benchmark program, such as --benchmark_filter=load.
+set -euo pipefail
+"$(dirname "$0")/bootstrap.sh"
+. "$(dirname "$0")/common.sh"
+configure_and_build release tavi_bench
+build-release/bin/tavi_bench --benchmark_out=build-release/bench.json --benchmark_out_format=json "$@"

@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Checks everything: formatting, build, static analysis, the whole suite, and the suite under AddressSanitizer and
+# UndefinedBehaviorSanitizer. With --quick only the build and the plain suite.
+set -euo pipefail
+quick=false
+case "${1:-}" in
+  --quick) quick=true ;;
+  "") ;;
+  *) echo "usage: scripts/test.sh [--quick]" >&2; exit 2 ;;
+esac
+"$(dirname "$0")/bootstrap.sh"
+. "$(dirname "$0")/common.sh"
+
+step() { printf '\n== %s\n' "$*"; }
+
+run_suite() {
+  ctest --test-dir "$1" -j "$jobs" --output-on-failure --no-tests=error
+}
+
+if ! $quick; then
+  step "format"
+  scripts/format.sh --check
+fi
+step "build"
+configure_and_build dev
+if ! $quick; then
+  step "clang-tidy"
+  scripts/tidy.py build
+fi
+step "tests"
+run_suite build
+if ! $quick; then
+  step "build with sanitizers"
+  configure_and_build sanitize
+  step "tests with sanitizers"
+  export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:strict_string_checks=1:check_initialization_order=1}
+  export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
+  run_suite build-sanitize
+fi

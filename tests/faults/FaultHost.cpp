@@ -1,0 +1,469 @@
+#include "FaultHost.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include "TaviHost.h"
+
+namespace tavi::faults {
+namespace {
+
+// One process, one thread under test. Plain numbers, since the allocation functions look at them.
+struct State {
+  bool armed = false;
+  Fault fault{};
+  uint64_t seen = 0;
+  bool happened = false;
+  bool watching = false;
+  Demand demand;
+  int depth = 0;    // host operations that are running
+  int outside = 0;  // callbacks of the test that are running
+};
+
+State state;
+
+// A host operation is running: what it calls is not the library's call.
+class HostScope {
+ public:
+  HostScope() { ++state.depth; }
+  ~HostScope() { --state.depth; }
+  HostScope(const HostScope&) = delete;
+  HostScope& operator=(const HostScope&) = delete;
+};
+
+bool CountAndDecide(Kind kind) {
+  if (!state.armed || state.fault.kind != kind) {
+    return false;
+  }
+  ++state.seen;
+  const bool fails = state.fault.lasting ? state.seen >= state.fault.nth : state.seen == state.fault.nth;
+  state.happened = state.happened || fails;
+  return fails;
+}
+
+// Whether the library under test itself is running.
+bool InLibrary() {
+  return state.depth == 0 && state.outside == 0;
+}
+
+bool Fails(Kind kind) {
+  return InLibrary() && CountAndDecide(kind);
+}
+
+void NoteRequest(uint64_t bytes) {
+  if (state.watching && InLibrary()) {
+    state.demand.largest_block = std::max(state.demand.largest_block, bytes);
+    state.demand.total += bytes;
+  }
+}
+
+void NoteClose() {
+  if (state.watching && InLibrary()) {
+    ++state.demand.files_closed;
+  }
+}
+
+uint64_t Product(uint64_t count, uint64_t size) {
+  uint64_t bytes = 0;
+  return __builtin_mul_overflow(count, size, &bytes) ? UINT64_MAX : bytes;
+}
+
+// The operation of that name in the library that comes after this executable.
+template <class Operation>
+Operation* Next(Operation*, const char* name) {
+  void* const found = dlsym(RTLD_NEXT, name);
+  if (found == nullptr) {
+    std::fprintf(stderr, "no %s behind this executable\n", name);
+    std::abort();
+  }
+  return reinterpret_cast<Operation*>(found);
+}
+
+}  // namespace
+
+const char* Name(Kind kind) {
+  switch (kind) {
+    case Kind::kAlloc:
+      return "HostAlloc";
+    case Kind::kNew:
+      return "New";
+    case Kind::kHostNew:
+      return "NewInsideHost";
+    case Kind::kOpen:
+      return "FileOpen";
+    case Kind::kReadShort:
+      return "FileReadShort";
+    case Kind::kReadNothing:
+      return "FileReadNothing";
+    case Kind::kSeek:
+      return "FileSeek";
+    case Kind::kCreateBitmap:
+      return "CreateBitmap";
+    case Kind::kCreateDc:
+      return "CreateBitmapDC";
+    case Kind::kCombine:
+      return "CombineBitmap";
+    case Kind::kHistogram:
+      return "Histogram";
+    case Kind::kAdjust:
+      return "AdjustBitmap";
+    case Kind::kPaint:
+      return "PaintBitmap";
+    case Kind::kDefaultPalette:
+      return "DefaultPalette";
+    case Kind::kCreatePalette:
+      return "CreatePalette";
+    case Kind::kAccess:
+      return "Access";
+  }
+  return "unknown";
+}
+
+Injection::Injection(const Fault& fault) {
+  state.fault = fault;
+  state.seen = 0;
+  state.happened = false;
+  state.armed = true;
+}
+
+Injection::~Injection() {
+  state.armed = false;
+}
+
+bool Injection::happened() const {
+  return state.happened;
+}
+
+Watch::Watch() {
+  state.demand = Demand();
+  state.watching = true;
+}
+
+Watch::~Watch() {
+  state.watching = false;
+}
+
+Demand Watch::demand() const {
+  return state.demand;
+}
+
+Outside::Outside() {
+  ++state.outside;
+}
+
+Outside::~Outside() {
+  --state.outside;
+}
+
+bool RequestFails(uint64_t bytes) {
+  if (state.outside > 0) {
+    return false;
+  }
+  if (state.depth > 0) {
+    return CountAndDecide(Kind::kHostNew);
+  }
+  if (CountAndDecide(Kind::kNew)) {
+    return true;
+  }
+  NoteRequest(bytes);
+  if (state.watching) {
+    ++state.demand.blocks_left;
+  }
+  return false;
+}
+
+void NoteRelease() {
+  if (state.watching && InLibrary()) {
+    --state.demand.blocks_left;
+  }
+}
+
+}  // namespace tavi::faults
+
+using tavi::faults::Fails;
+using tavi::faults::HostScope;
+using tavi::faults::Kind;
+using tavi::faults::Next;
+using tavi::faults::NoteClose;
+using tavi::faults::NoteRequest;
+using tavi::faults::Product;
+
+// The operation behind this one, looked up once.
+#define NEXT(operation)                                  \
+  static const auto next = Next(&operation, #operation); \
+  const HostScope scope
+
+extern "C" {
+
+void* HostAllocMem(uint64_t count, uint64_t size, int32_t line, const wchar_t* unit) {
+  NoteRequest(Product(count, size));
+  if (Fails(Kind::kAlloc)) {
+    return nullptr;
+  }
+  NEXT(HostAllocMem);
+  return next(count, size, line, unit);
+}
+
+void HostFreeMem(void* block, int32_t line, const wchar_t* unit) {
+  NEXT(HostFreeMem);
+  next(block, line, unit);
+}
+
+void* HostReallocMem(void* block, uint64_t size, int32_t line, const wchar_t* unit) {
+  NoteRequest(size);
+  if (Fails(Kind::kAlloc)) {
+    return nullptr;
+  }
+  NEXT(HostReallocMem);
+  return next(block, size, line, unit);
+}
+
+void* HostAllocTemp(uint64_t count, uint64_t size, int32_t line, const wchar_t* unit) {
+  NoteRequest(Product(count, size));
+  if (Fails(Kind::kAlloc)) {
+    return nullptr;
+  }
+  NEXT(HostAllocTemp);
+  return next(count, size, line, unit);
+}
+
+void HostFreeTemp(void* block, int32_t line, const wchar_t* unit) {
+  NEXT(HostFreeTemp);
+  next(block, line, unit);
+}
+
+void HostTrackAdd(int32_t kind, const void* object, int32_t line, const wchar_t* unit) {
+  NEXT(HostTrackAdd);
+  next(kind, object, line, unit);
+}
+
+void HostTrackRemove(int32_t kind, const void* object, int32_t line, const wchar_t* unit) {
+  NEXT(HostTrackRemove);
+  next(kind, object, line, unit);
+}
+
+int64_t HostFileOpen(const wchar_t* name, uint32_t flags, uint32_t mode) {
+  if (Fails(Kind::kOpen)) {
+    return -1;
+  }
+  NEXT(HostFileOpen);
+  return next(name, flags, mode);
+}
+
+void HostFileClose(int64_t file) {
+  NoteClose();
+  NEXT(HostFileClose);
+  next(file);
+}
+
+uint64_t HostFileRead(int64_t file, void* buffer, uint64_t bytes) {
+  if (bytes > 0 && Fails(Kind::kReadNothing)) {
+    return 0;
+  }
+  const bool falls_short = bytes > 0 && Fails(Kind::kReadShort);
+  NEXT(HostFileRead);
+  return next(file, buffer, falls_short ? bytes - 1 : bytes);
+}
+
+int64_t HostFileSeek(int64_t file, int64_t offset, int32_t origin) {
+  if (Fails(Kind::kSeek)) {
+    return -1;
+  }
+  NEXT(HostFileSeek);
+  return next(file, offset, origin);
+}
+
+void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t width, uint32_t height,
+                    uint32_t bits) {
+  NEXT(HostInitBitmap);
+  next(bitmap, record_size, width, height, bits);
+}
+
+int32_t HostCreateBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t memory_flags, uint32_t width,
+                         uint32_t height, uint32_t bits, uint32_t order, const HostPaletteEntry* palette,
+                         uint32_t view_perspective, void* data, uint64_t data_size) {
+  if (Fails(Kind::kCreateBitmap)) {
+    HostInitBitmap(bitmap, record_size, 0, 0, 0);
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostCreateBitmap);
+  return next(bitmap, record_size, memory_flags, width, height, bits, order, palette, view_perspective, data,
+              data_size);
+}
+
+void HostFreeBitmap(HostBitmap* bitmap) {
+  NEXT(HostFreeBitmap);
+  next(bitmap);
+}
+
+void HostClearBitmap(HostBitmap* bitmap) {
+  NEXT(HostClearBitmap);
+  next(bitmap);
+}
+
+void HostFillBitmap(HostBitmap* bitmap, uint32_t color) {
+  NEXT(HostFillBitmap);
+  next(bitmap, color);
+}
+
+void HostAccessBitmap(HostBitmap* bitmap) {
+  NEXT(HostAccessBitmap);
+  next(bitmap);
+}
+
+void HostReleaseBitmap(HostBitmap* bitmap) {
+  NEXT(HostReleaseBitmap);
+  next(bitmap);
+}
+
+void HostGetBitmapRow(const HostBitmap* bitmap, void* buffer, uint32_t row, uint64_t bytes) {
+  NEXT(HostGetBitmapRow);
+  next(bitmap, buffer, row, bytes);
+}
+
+void HostPutBitmapRow(HostBitmap* bitmap, const void* buffer, uint32_t row, uint64_t bytes) {
+  NEXT(HostPutBitmapRow);
+  next(bitmap, buffer, row, bytes);
+}
+
+void HostGetBitmapColors(const HostBitmap* bitmap, uint32_t first, uint32_t count,
+                         HostPaletteEntry* entries) {
+  NEXT(HostGetBitmapColors);
+  next(bitmap, first, count, entries);
+}
+
+void HostPutBitmapColors(HostBitmap* bitmap, uint32_t first, uint32_t count,
+                         const HostPaletteEntry* entries) {
+  NEXT(HostPutBitmapColors);
+  next(bitmap, first, count, entries);
+}
+
+HostPaletteEntry* HostDefaultPalette(uint32_t bits) {
+  if (Fails(Kind::kDefaultPalette)) {
+    return nullptr;
+  }
+  NEXT(HostDefaultPalette);
+  return next(bits);
+}
+
+HostPalette HostCreatePalette(const HostPaletteEntry* entries, uint32_t count) {
+  if (Fails(Kind::kCreatePalette)) {
+    return nullptr;
+  }
+  NEXT(HostCreatePalette);
+  return next(entries, count);
+}
+
+void HostSetBitmapPalette(HostBitmap* bitmap, HostPalette palette) {
+  NEXT(HostSetBitmapPalette);
+  next(bitmap, palette);
+}
+
+void HostDeleteObject(HostPalette object, int32_t line, const wchar_t* unit) {
+  NEXT(HostDeleteObject);
+  next(object, line, unit);
+}
+
+HostDrawingContext HostCreateBitmapDC(HostBitmap* bitmap) {
+  if (Fails(Kind::kCreateDc)) {
+    return nullptr;
+  }
+  NEXT(HostCreateBitmapDC);
+  return next(bitmap);
+}
+
+void HostDeleteBitmapDC(HostDrawingContext context) {
+  NEXT(HostDeleteBitmapDC);
+  next(context);
+}
+
+int32_t HostCombineBitmap(HostBitmap* destination, int32_t x, int32_t y, uint32_t width, uint32_t height,
+                          const HostBitmap* source, int32_t source_x, int32_t source_y, uint32_t mode) {
+  if (Fails(Kind::kCombine)) {
+    return ERR_NO_BITMAP;
+  }
+  NEXT(HostCombineBitmap);
+  return next(destination, x, y, width, height, source, source_x, source_y, mode);
+}
+
+int32_t HostHistogram(const HostBitmap* bitmap, uint32_t* counters, uint32_t count, uint32_t flags) {
+  if (Fails(Kind::kHistogram)) {
+    return ERR_NO_BITMAP;
+  }
+  NEXT(HostHistogram);
+  return next(bitmap, counters, count, flags);
+}
+
+int32_t HostAdjustBitmap(HostBitmap* bitmap, int32_t amount) {
+  if (Fails(Kind::kAdjust)) {
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostAdjustBitmap);
+  return next(bitmap, amount);
+}
+
+HostPalette HostCreatePaintPalette(HostDrawingContext context, const HostBitmap* bitmap) {
+  if (Fails(Kind::kCreatePalette)) {
+    return nullptr;
+  }
+  NEXT(HostCreatePaintPalette);
+  return next(context, bitmap);
+}
+
+int32_t HostPaintBitmap(HostDrawingContext context, const HostBitmap* bitmap, const HostRect* source,
+                        const HostRect* source_clip, const HostRect* destination,
+                        const HostRect* destination_clip, uint32_t operation) {
+  if (Fails(Kind::kPaint)) {
+    return ERR_INVALID_PARAMETER;
+  }
+  NEXT(HostPaintBitmap);
+  return next(context, bitmap, source, source_clip, destination, destination_clip, operation);
+}
+
+int32_t HostPaintBitmapKeyed(HostDrawingContext context, const HostBitmap* bitmap, const HostRect* source,
+                             const HostRect* source_clip, const HostRect* destination,
+                             const HostRect* destination_clip, uint32_t opacity, uint32_t reserved1,
+                             uint32_t reserved2, uint32_t reserved3, uint32_t reserved4, uint32_t reserved5,
+                             uint32_t reserved6, uint32_t reserved7, uint32_t transparent, uint32_t reserved8,
+                             uint32_t reserved9, uint32_t operation) {
+  if (Fails(Kind::kPaint)) {
+    return ERR_INVALID_PARAMETER;
+  }
+  NEXT(HostPaintBitmapKeyed);
+  return next(context, bitmap, source, source_clip, destination, destination_clip, opacity, reserved1,
+              reserved2, reserved3, reserved4, reserved5, reserved6, reserved7, transparent, reserved8,
+              reserved9, operation);
+}
+
+HostPalette SelectPalette(HostDrawingContext context, HostPalette palette, int32_t background) {
+  NEXT(SelectPalette);
+  return next(context, palette, background);
+}
+
+uint32_t RealizePalette(HostDrawingContext context) {
+  NEXT(RealizePalette);
+  return next(context);
+}
+
+int32_t MessageBoxA(void* owner, const char* text, const char* caption, uint32_t flags) {
+  NEXT(MessageBoxA);
+  return next(owner, text, caption, flags);
+}
+
+void OutputDebugStringA(const char* text) {
+  NEXT(OutputDebugStringA);
+  next(text);
+}
+
+int32_t _waccess(const wchar_t* path, int32_t mode) {
+  if (Fails(Kind::kAccess)) {
+    return -1;
+  }
+  NEXT(_waccess);
+  return next(path, mode);
+}
+
+}  // extern "C"

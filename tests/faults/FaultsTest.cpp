@@ -1,0 +1,307 @@
+// Every allocation, read, seek and host call that opening or drawing a file makes is made to fail in turn:
+// once, and from then on. The library then neither crashes nor leaks, reports a documented status, and works
+// again when the fault is gone.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <optional>
+
+#include "FaultHost.h"
+#include "HostFixture.h"
+#include "RichFiles.h"
+#include "TaviNitf.h"
+
+namespace tavi::faults {
+namespace {
+
+using tavi_test::HostTest;
+
+struct Outcome {
+  int32_t status = 0;
+  bool happened = false;
+};
+
+// Runs `work` with the fault, or without one.
+template <class Work>
+Outcome RunWith(const Fault* fault, Work work) {
+  Outcome outcome;
+  std::optional<Injection> injection;
+  if (fault != nullptr) {
+    injection.emplace(*fault);
+  }
+  outcome.status = work();
+  outcome.happened = injection && injection->happened();
+  return outcome;
+}
+
+Outcome Open(const wchar_t* path, const Fault* fault) {
+  NitfHandle handle = nullptr;
+  const Outcome outcome = RunWith(fault, [&] { return Tavi_NITFCreate(&handle, path); });
+  EXPECT_EQ(handle != nullptr, outcome.status == SUCCESS);
+  if (handle != nullptr) {
+    EXPECT_EQ(Tavi_NITFDestroy(&handle), SUCCESS);
+  }
+  return outcome;
+}
+
+Outcome Size(const wchar_t* path, const Fault* fault) {
+  NitfHandle handle = nullptr;
+  EXPECT_EQ(Tavi_NITFCreate(&handle, path), SUCCESS);
+  uint32_t width = 0;
+  uint32_t height = 0;
+  const Outcome outcome = RunWith(fault, [&] { return GetActual_Width_Height(handle, &width, &height); });
+  Tavi_NITFDestroy(&handle);
+  return outcome;
+}
+
+Outcome Inform(const wchar_t* path, const Fault* fault) {
+  HostFileInfo info = {};
+  HostLoadFlagsRecord flags = {};
+  FilterInfoContext context = {};
+  context.file_name = path;
+  context.file = -1;
+  context.info = &info;
+  context.load_flags = &flags;
+  return RunWith(fault, [&] { return fltInfo(&context); });
+}
+
+int32_t CountRow(uint64_t, HostBitmap*, uint8_t*, uint32_t, int32_t, int32_t, void* user) {
+  ++*static_cast<int*>(user);
+  return 1;
+}
+
+int32_t RefuseLoad(const void*, HostBitmap*, uint64_t, uint32_t, uint32_t, uint64_t, HostLoadFlagsRecord*,
+                   HostFileInfo*) {
+  return ERR_NOT_SUPPORTED;
+}
+
+HostLoadHook KeepHook(HostLoadHook, void*) {
+  return nullptr;
+}
+
+void NeverCalled() {}
+
+Outcome Load(const wchar_t* path, const Fault* fault) {
+  int rows = 0;
+  HostBitmap destination = {};
+  destination.bits = 24;
+  HostLoadFlagsRecord flags = {};
+  flags.flags = TAVI_LOAD_STRETCH_DARK;
+  FilterLoadContext context = {};
+  context.file_name = path;
+  context.bitmap = &destination;
+  context.row_callback = CountRow;
+  context.user = &rows;
+  context.load_flags = &flags;
+  context.load_memory = RefuseLoad;
+  context.set_load_hook = KeepHook;
+  context.third_entry = NeverCalled;
+  const Outcome outcome = RunWith(fault, [&] { return fltLoad(&context); });
+  EXPECT_EQ(rows > 0, outcome.status == SUCCESS) << "rows are delivered when all is drawn, or not at all";
+  return outcome;
+}
+
+Outcome Render(const wchar_t* path, const Fault* fault) {
+  NitfHandle handle = nullptr;
+  EXPECT_EQ(Tavi_NITFCreate(&handle, path), SUCCESS);
+  HostBitmap bitmap = {};
+  const Outcome outcome = RunWith(fault, [&] { return Tavi_NtfRenderBitmap(&bitmap, handle); });
+  EXPECT_EQ((bitmap.flags & 1) != 0, outcome.status == SUCCESS) << "a failure leaves no pixels";
+  if ((bitmap.flags & 1) != 0) {
+    HostFreeBitmap(&bitmap);
+  }
+  Tavi_NITFDestroy(&handle);
+  return outcome;
+}
+
+struct Operation {
+  const char* name;
+  Outcome (*run)(const wchar_t* path, const Fault* fault);
+  bool opens;  // the fault can hit the opening of the file
+};
+
+constexpr Operation kOperations[] = {{"Open", Open, true},
+                                     {"Size", Size, false},
+                                     {"Inform", Inform, true},
+                                     {"Load", Load, true},
+                                     {"Render", Render, false}};
+
+bool IsDocumented(int32_t status) {
+  static constexpr int32_t kStatuses[] = {SUCCESS,
+                                          ERR_NO_MEMORY,
+                                          ERR_NO_BITMAP,
+                                          ERR_FILE_READ,
+                                          ERR_FILE_FORMAT,
+                                          ERR_FILE_NOT_FOUND,
+                                          ERR_NOT_SUPPORTED,
+                                          ERR_INVALID_BPP,
+                                          ERR_INVALID_PARAMETER,
+                                          ERR_NOT_NITF,
+                                          ERR_UNSUPPORTED_PVTYPE,
+                                          ERR_UNSUPPORTED_CLEVEL,
+                                          ERR_UNSUPPORTED_BPP};
+  return std::find(std::begin(kStatuses), std::end(kStatuses), status) != std::end(kStatuses);
+}
+
+struct Case {
+  NamedFile file;
+  Operation operation;
+};
+
+std::vector<Case> AllCases() {
+  std::vector<Case> cases;
+  for (const NamedFile& file : FilesOfEveryKind()) {
+    for (const Operation& operation : kOperations) {
+      cases.push_back({file, operation});
+    }
+  }
+  return cases;
+}
+
+void PrintTo(const Case& tested, std::ostream* out) {
+  *out << tested.operation.name << " " << tested.file.name;
+}
+
+class Faults : public HostTest, public ::testing::WithParamInterface<Case> {
+ protected:
+  void SetUp() override {
+    // Nothing that the test adds takes memory inside the host's operations.
+    HostSetMessageSink([](const char*, const char*, void*) {}, nullptr);
+    HostSetDebugSink([](const char*, void*) {}, nullptr);
+    path_ = GetParam().file.file.Build().Write(directory());
+    // What the host keeps for good, such as a look-up of names, exists after the first use.
+    ASSERT_EQ(Run(nullptr).status, SUCCESS);
+    HostTest::SetUp();
+  }
+
+  Outcome Run(const Fault* fault) const { return GetParam().operation.run(path_.c_str(), fault); }
+
+  // One run with the fault; false when the operation never came to it.
+  bool RunOnce(const Fault& fault) {
+    const uint64_t alive = HostLiveObjects();
+    Outcome outcome;
+    int64_t blocks_left = 0;
+    {
+      const Watch watch;
+      outcome = Run(&fault);
+      blocks_left = watch.demand().blocks_left;
+    }
+    EXPECT_EQ(HostLiveObjects(), alive) << "the host counts a leak";
+    EXPECT_EQ(blocks_left, 0) << "memory of the language's own allocation is left";
+    EXPECT_TRUE(IsDocumented(outcome.status)) << "status " << outcome.status;
+    if (!outcome.happened) {
+      EXPECT_EQ(outcome.status, SUCCESS);
+    }
+    return outcome.happened;
+  }
+
+  void Walk(Kind kind, bool lasting) {
+    constexpr uint64_t kFarTooMany = 20000;
+    for (uint64_t nth = 1; nth < kFarTooMany; ++nth) {
+      SCOPED_TRACE(std::string(Name(kind)) + " fails at call " + std::to_string(nth) +
+                   (lasting ? " and on" : ""));
+      if (!RunOnce({kind, nth, lasting})) {
+        return;
+      }
+      if (HasFailure()) {
+        return;
+      }
+      if (!lasting) {
+        ASSERT_EQ(Run(nullptr).status, SUCCESS) << "without the fault it works again";
+      }
+    }
+    FAIL() << "the operation does not end";
+  }
+
+ private:
+  std::wstring path_;
+};
+
+TEST_P(Faults, EachCallFailingLeavesNothingBehind) {
+  for (const Kind kind : kAllKinds) {
+    Walk(kind, false);
+    Walk(kind, true);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Faults, ::testing::ValuesIn(AllCases()), [](const auto& tested) {
+  return std::string(tested.param.operation.name) + "_" + tested.param.file.name;
+});
+
+// What a fault while opening is reported as, whichever call it hits.
+class OpeningFaults : public HostTest {
+ protected:
+  void Expect(Kind kind, int32_t status) {
+    const std::wstring path = FileOfEverything().Build().Write(directory());
+    uint64_t calls = 0;
+    for (Outcome outcome{0, true}; outcome.happened;) {
+      const Fault fault{kind, ++calls, false};
+      outcome = Open(path.c_str(), &fault);
+      ASSERT_EQ(outcome.status, outcome.happened ? status : SUCCESS) << Name(kind) << " at call " << calls;
+    }
+    EXPECT_GT(calls, 1U) << "opening makes no such call";
+  }
+};
+
+TEST_F(OpeningFaults, ShortMemoryOfTheHostIsReported) {
+  Expect(Kind::kAlloc, ERR_NO_MEMORY);
+}
+TEST_F(OpeningFaults, ShortMemoryOfTheLanguageIsReported) {
+  Expect(Kind::kNew, ERR_NO_MEMORY);
+}
+TEST_F(OpeningFaults, AFileThatDoesNotOpenIsReportedByTheFirstRead) {
+  Expect(Kind::kOpen, ERR_FILE_READ);
+}
+TEST_F(OpeningFaults, AShortReadIsReported) {
+  Expect(Kind::kReadShort, ERR_FILE_READ);
+}
+TEST_F(OpeningFaults, AReadOfNothingIsReported) {
+  Expect(Kind::kReadNothing, ERR_FILE_READ);
+}
+TEST_F(OpeningFaults, AFileThatIsNotThereIsReported) {
+  Expect(Kind::kAccess, ERR_FILE_NOT_FOUND);
+}
+
+// Making an empty document takes memory as well.
+TEST_F(OpeningFaults, AnEmptyDocumentWithoutMemoryIsRefused) {
+  for (const Kind kind : {Kind::kAlloc, Kind::kNew}) {
+    uint64_t calls = 0;
+    for (Outcome outcome{0, true}; outcome.happened;) {
+      const Fault fault{kind, ++calls, false};
+      outcome = Open(nullptr, &fault);
+      ASSERT_EQ(outcome.status, outcome.happened ? ERR_NO_MEMORY : SUCCESS)
+          << Name(kind) << " at call " << calls;
+    }
+  }
+}
+
+// A row callback may end the delivery at any row; its answer is the result.
+int32_t StopAtRow(uint64_t, HostBitmap*, uint8_t*, uint32_t, int32_t row_index, int32_t, void* user) {
+  return row_index == *static_cast<int32_t*>(user) ? -4321 : 1;
+}
+
+TEST_F(OpeningFaults, ACallbackThatStopsReleasesEverything) {
+  const std::wstring path = FileOfEverything().Build().Write(directory());
+  for (int32_t stop = 0; stop < 3; ++stop) {
+    HostBitmap destination = {};
+    destination.bits = 24;
+    HostLoadFlagsRecord flags = {};
+    FilterLoadContext context = {};
+    context.file_name = path.c_str();
+    context.bitmap = &destination;
+    context.row_callback = StopAtRow;
+    context.user = &stop;
+    context.load_flags = &flags;
+    context.load_memory = RefuseLoad;
+    context.set_load_hook = KeepHook;
+    context.third_entry = NeverCalled;
+    const uint64_t alive = HostLiveObjects();
+    EXPECT_EQ(fltLoad(&context), -4321);
+    EXPECT_EQ(HostLiveObjects(), alive);
+  }
+}
+
+}  // namespace
+}  // namespace tavi::faults
