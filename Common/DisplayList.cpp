@@ -56,11 +56,11 @@ class Climb {
  public:
   Climb(const NitfFile& document, uint32_t level) : document_(document), level_(level) {}
 
-  Offset Run(const LevelIndex& images, const LevelIndex& graphics) {
+  Offset Run(const LevelIndex<ImSubHdr>& images, const LevelIndex<GrSubHdr>& graphics) {
     bool changed = true;
     while (changed && !looped_) {
-      changed = ClimbFrom(document_.Images, document_.ImageCount, images, images_);
-      changed |= !looped_ && ClimbFrom(document_.Graphics, document_.GraphicCount, graphics, graphics_);
+      changed = ClimbFrom(images, images_);
+      changed |= !looped_ && ClimbFrom(graphics, graphics_);
       changed |= !looped_ && ClimbLabels();
     }
     return sum_;
@@ -81,11 +81,10 @@ class Climb {
 
   // Images and graphics: the search starts over after each hit.
   template <class Record>
-  bool ClimbFrom(const SegmentNode<Record>* head, uint32_t count, const LevelIndex& levels,
-                 Visited& visited) {
+  bool ClimbFrom(const LevelIndex<Record>& levels, Visited& visited) {
     bool changed = false;
-    for (uint32_t i = levels.Find(level_); i != LevelIndex::kNone && !looped_; i = levels.Find(level_)) {
-      Take(*SubheaderAt(head, i, count), i, visited);
+    for (auto place = levels.Find(level_); place.record != nullptr && !looped_; place = levels.Find(level_)) {
+      Take(*place.record, place.index, visited);
       changed = true;
     }
     return changed;
@@ -113,13 +112,6 @@ class Climb {
   bool looped_ = false;
   Visited images_, graphics_, labels_;
 };
-
-template <class Record>
-void NoteLevels(LevelIndex& levels, const SegmentNode<Record>* node, uint32_t count) {
-  for (uint32_t i = 0; node != nullptr && i < count; ++i, node = node->Next) {
-    if (node->Subheader != nullptr) levels.Note(node->Subheader->DisplayLevel, i);
-  }
-}
 
 struct Extent {
   uint32_t width = 0;
@@ -149,20 +141,10 @@ int32_t BuildDisplayList(HostArray<DisplayEntry>& list, NitfFile& d) {
   return SUCCESS;
 }
 
-void LevelIndex::Note(uint32_t level, uint32_t index) {
-  const uint32_t place = level + kLowest;
-  if (place < kLevels && first_[place] == 0) first_[place] = static_cast<uint16_t>(index + 1);
-}
-
-uint32_t LevelIndex::Find(uint32_t level) const {
-  const uint32_t place = level + kLowest;
-  return place < kLevels && first_[place] != 0 ? first_[place] - 1U : kNone;
-}
-
-AttachmentWalk::AttachmentWalk(const NitfFile& document) : document_(document) {
-  NoteLevels(images_, document.Images, document.ImageCount);
-  NoteLevels(graphics_, document.Graphics, document.GraphicCount);
-}
+AttachmentWalk::AttachmentWalk(const NitfFile& document)
+    : document_(document),
+      images_(document.Images, document.ImageCount),
+      graphics_(document.Graphics, document.GraphicCount) {}
 
 Offset AttachmentWalk::AccumulateAttachment(const DisplayEntry& entry) const {
   return Climb(document_, AttachmentLevelOf(document_, entry)).Run(images_, graphics_);

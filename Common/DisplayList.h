@@ -29,18 +29,30 @@ struct Offset {
 };
 
 // Finds the first segment of a kind with a display level, without walking the list each time.
+template <class Record>
 class LevelIndex {
  public:
-  static constexpr uint32_t kNone = UINT32_MAX;
-  void Note(uint32_t level, uint32_t index);
-  // The lowest index noted with the level, or kNone.
-  uint32_t Find(uint32_t level) const;
+  struct Place {
+    const Record* record = nullptr;
+    uint32_t index = 0;
+  };
+
+  LevelIndex(const SegmentNode<Record>* node, uint32_t count) {
+    for (uint32_t i = 0; node != nullptr && i < count; ++i, node = node->Next) {
+      if (node->Subheader == nullptr) continue;
+      const uint32_t level = node->Subheader->DisplayLevel + kLowest;
+      if (level < kLevels && first_[level].record == nullptr) first_[level] = {node->Subheader, i};
+    }
+  }
+
+  // The first segment with the level; no record when there is none.
+  Place Find(uint32_t level) const { return level + kLowest < kLevels ? first_[level + kLowest] : Place{}; }
 
  private:
   // Levels of three characters: 0 to 999, and -99 to -1 where a file has a sign.
   static constexpr uint32_t kLowest = 99;
   static constexpr uint32_t kLevels = 999 + kLowest + 1;
-  uint16_t first_[kLevels] = {};  // index + 1; 0 for none
+  Place first_[kLevels];
 };
 
 // Sums up attachment chains. The document must not change meanwhile.
@@ -52,8 +64,8 @@ class AttachmentWalk {
 
  private:
   const NitfFile& document_;
-  LevelIndex images_;
-  LevelIndex graphics_;
+  LevelIndex<ImSubHdr> images_;
+  LevelIndex<GrSubHdr> graphics_;
 };
 
 // The lowest display level above all that exist; 1 for a document with nothing to draw.

@@ -10,7 +10,8 @@ template <BitOrder kOrder>
 struct Bits {
   static constexpr bool kMost = kOrder == BitOrder::kMostFirst;
 
-  // `count` bits (1 to 8) from bit `offset` of `source`, as a number whose first bit is at the end that comes first.
+  // `count` bits (1 to 8) from bit `offset` of `source`, as a number whose first bit is at the end that comes
+  // first.
   static uint32_t Fetch(const uint8_t* source, uint32_t offset, uint32_t count) {
     const bool crosses = offset + count > 8;
     const uint32_t mask = (1u << count) - 1;
@@ -54,7 +55,8 @@ struct Bits {
     for (uint64_t i = 0; i < bytes; ++i) {
       const uint32_t first = source[i];
       const uint32_t second = source[i + 1];
-      destination[i] = static_cast<uint8_t>(kMost ? first << from | second >> back : first >> from | second << back);
+      destination[i] =
+          static_cast<uint8_t>(kMost ? first << from | second >> back : first >> from | second << back);
     }
   }
 };

@@ -46,7 +46,8 @@ struct CreateRequest {
 };
 
 int32_t CheckRequest(const CreateRequest& request) {
-  if (request.memory_flags != kAllocatePixels && request.memory_flags != kAttachPixels) return ERR_INVALID_PARAMETER;
+  if (request.memory_flags != kAllocatePixels && request.memory_flags != kAttachPixels)
+    return ERR_INVALID_PARAMETER;
   const bool no_side = request.width == 0 || request.height == 0;
   const bool unshaped = !request.allocates() && no_side && request.bits == 0;
   if (!unshaped && !IsDepth(request.bits)) return ERR_INVALID_BPP;
@@ -69,7 +70,8 @@ int32_t FillRecord(HostBitmap* bitmap, BitmapPart* part, const CreateRequest& re
   if (request.allocates() || has_palette) {
     BitmapBody* const body = NeedBody(bitmap, part);
     if (body == nullptr) return ERR_NO_MEMORY;
-    if (request.allocates() && !body->memory.Allocate(request.height, bitmap->bytes_per_line)) return ERR_NO_MEMORY;
+    if (request.allocates() && !body->memory.Allocate(request.height, bitmap->bytes_per_line))
+      return ERR_NO_MEMORY;
     if (has_palette) {
       body->palette_count = IsIndexed(request.bits) ? 1u << request.bits : kPaletteEntries;
       bitmap->color_count = body->palette_count;
@@ -86,11 +88,16 @@ int32_t FillRecord(HostBitmap* bitmap, BitmapPart* part, const CreateRequest& re
 
 using namespace tavi::host;
 
-void HostSetBitmapLimit(uint64_t bytes) { g_limit.store(bytes); }
+void HostSetBitmapLimit(uint64_t bytes) {
+  g_limit.store(bytes);
+}
 
-uint64_t HostGetBitmapLimit(void) { return g_limit.load(); }
+uint64_t HostGetBitmapLimit(void) {
+  return g_limit.load();
+}
 
-void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t width, uint32_t height, uint32_t bits) {
+void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t width, uint32_t height,
+                    uint32_t bits) {
   if (bitmap == nullptr || record_size != kBitmapRecordSize) return;
   MakeEmpty(bitmap);
   BitmapPart part;
@@ -159,7 +166,8 @@ void HostFillBitmap(HostBitmap* bitmap, uint32_t color) {
     view.memory->FillRows(first);
     return;
   }
-  for (uint32_t row = 1; row < view.height; ++row) std::memcpy(view.pixels + row * view.stride, first, view.stride);
+  for (uint32_t row = 1; row < view.height; ++row)
+    std::memcpy(view.pixels + row * view.stride, first, view.stride);
 }
 
 // Pixels are always at hand; the bracket is for hosts that have to lock them.

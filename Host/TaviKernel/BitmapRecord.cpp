@@ -29,7 +29,9 @@ void StorePart(HostBitmap* bitmap, const BitmapPart& part) noexcept {
   std::memcpy(bitmap->host72, &stored, sizeof stored);
 }
 
-bool HasMagic(const BitmapPart& part) noexcept { return part.magic == kMagic; }
+bool HasMagic(const BitmapPart& part) noexcept {
+  return part.magic == kMagic;
+}
 
 bool IsValid(const HostBitmap* bitmap, BitmapPart* part) noexcept {
   if (bitmap == nullptr) return false;

@@ -29,8 +29,8 @@ struct BitmapBody {
   HostPaletteEntry palette[kPaletteEntries];
 };
 
-// Stands in the record's last bytes. The named fields of the record are the caller's to read; the shape is kept here
-// as well, so that a record whose fields were changed is seen to be no longer valid.
+// Stands in the record's last bytes. The named fields of the record are the caller's to read; the shape is
+// kept here as well, so that a record whose fields were changed is seen to be no longer valid.
 struct BitmapPart {
   uint64_t magic = 0;
   BitmapBody* body = nullptr;
@@ -52,7 +52,9 @@ bool IsValid(const HostBitmap* bitmap, BitmapPart* part) noexcept;
 
 // 1 to 8, 12, 16, 24, 32, 48 or 64.
 bool IsDepth(uint32_t bits) noexcept;
-inline bool IsIndexed(uint32_t bits) { return bits >= 1 && bits <= 8; }
+inline bool IsIndexed(uint32_t bits) {
+  return bits >= 1 && bits <= 8;
+}
 
 // Bytes of a row, padded to four bytes.
 inline uint64_t BytesPerLine(uint32_t bits, uint32_t width) {
@@ -63,7 +65,8 @@ inline uint64_t BytesPerLine(uint32_t bits, uint32_t width) {
 BitmapBody* NeedBody(HostBitmap* bitmap, BitmapPart* part) noexcept;
 void FreeBody(BitmapBody* body) noexcept;
 
-// The palette that pixels go through, or null: 2^bits entries up to 8 bits, `count` entries of 12 and 16 bits.
+// The palette that pixels go through, or null: 2^bits entries up to 8 bits, `count` entries of 12 and 16
+// bits.
 const HostPaletteEntry* PaletteOf(const BitmapPart& part, uint32_t* count) noexcept;
 
 }  // namespace tavi::host

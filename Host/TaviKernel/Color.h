@@ -30,13 +30,17 @@ constexpr uint32_t Luminance16(Color16 color) {
                    static_cast<uint32_t>(color >> 32 & 0xFFFF));
 }
 
-constexpr Color8 MakeColor8(uint32_t blue, uint32_t green, uint32_t red) { return blue | green << 8 | red << 16; }
+constexpr Color8 MakeColor8(uint32_t blue, uint32_t green, uint32_t red) {
+  return blue | green << 8 | red << 16;
+}
 
 constexpr Color16 MakeColor16(uint64_t blue, uint64_t green, uint64_t red) {
   return blue | green << 16 | red << 32;
 }
 
-constexpr Color16 Grey16(uint32_t level) { return level * uint64_t{0x100010001}; }
+constexpr Color16 Grey16(uint32_t level) {
+  return level * uint64_t{0x100010001};
+}
 
 // Full scale stays full scale: 255 becomes 65535.
 constexpr Color16 Widen(Color8 color) {
@@ -54,6 +58,8 @@ constexpr Color8 FromInterface(uint32_t color) {
   return MakeColor8(color >> 16 & 0xFF, color >> 8 & 0xFF, color & 0xFF);
 }
 
-inline Color8 FromEntry(const HostPaletteEntry& entry) { return MakeColor8(entry.blue, entry.green, entry.red); }
+inline Color8 FromEntry(const HostPaletteEntry& entry) {
+  return MakeColor8(entry.blue, entry.green, entry.red);
+}
 
 }  // namespace tavi::host

@@ -106,9 +106,11 @@ void RowReader::ReadShallow(const uint8_t* row, uint32_t x, uint32_t count, Colo
   const uint32_t size = view_.bits / 8;
   const uint8_t* const first = row + uint64_t{x} * size;
   if (size == 3) {
-    for (uint32_t i = 0; i < count; ++i) colors[i] = MakeColor8(first[3 * i], first[3 * i + 1], first[3 * i + 2]);
+    for (uint32_t i = 0; i < count; ++i)
+      colors[i] = MakeColor8(first[3 * i], first[3 * i + 1], first[3 * i + 2]);
   } else {
-    for (uint32_t i = 0; i < count; ++i) colors[i] = MakeColor8(first[4 * i], first[4 * i + 1], first[4 * i + 2]);
+    for (uint32_t i = 0; i < count; ++i)
+      colors[i] = MakeColor8(first[4 * i], first[4 * i + 1], first[4 * i + 2]);
   }
   if (!view_.red_first) return;
   for (uint32_t i = 0; i < count; ++i) colors[i] = Exchanged(colors[i]);
@@ -176,7 +178,8 @@ void RowReader::Read16(const uint8_t* row, uint32_t x, uint32_t count, Color16* 
 }
 
 RowWriter::RowWriter(const PixelView& view) noexcept
-    : view_(view), matcher_(view.palette, view.layout == Layout::kIndexed ? view.palette_count : 0, view.bits) {}
+    : view_(view),
+      matcher_(view.palette, view.layout == Layout::kIndexed ? view.palette_count : 0, view.bits) {}
 
 void RowWriter::Put8(uint8_t* row, uint32_t x, Color8 color) noexcept {
   if (view_.layout == Layout::kIndexed) {

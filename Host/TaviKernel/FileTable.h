@@ -1,4 +1,5 @@
-// Open files under numbers that stay wrong once they are wrong: a closed handle is never the handle of a later file.
+// Open files under numbers that stay wrong once they are wrong: a closed handle is never the handle of a
+// later file.
 #pragma once
 
 #include <cstdint>

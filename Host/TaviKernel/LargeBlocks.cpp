@@ -32,8 +32,8 @@ LargeBlock MapBlock(uint64_t size) {
   return {bytes, size, true};
 }
 
-// The blocks released last. A load makes and frees several pictures of one size, and the next load does the same:
-// their pages stay mapped in between.
+// The blocks released last. A load makes and frees several pictures of one size, and the next load does the
+// same: their pages stay mapped in between.
 class KeptBlocks {
  public:
   LargeBlock Take(uint64_t size) {
@@ -103,8 +103,12 @@ void ReleaseLargeBlock(const LargeBlock& block) noexcept {
 
 #else
 
-bool UseLargeBlocks() noexcept { return false; }
-LargeBlock AcquireLargeBlock(uint64_t) noexcept { return {}; }
+bool UseLargeBlocks() noexcept {
+  return false;
+}
+LargeBlock AcquireLargeBlock(uint64_t) noexcept {
+  return {};
+}
 void ReleaseLargeBlock(const LargeBlock&) noexcept {}
 
 #endif

@@ -1,4 +1,5 @@
-// Memory of several megabytes, cheap in page faults: aligned for huge pages, and kept for a while after its release.
+// Memory of several megabytes, cheap in page faults: aligned for huge pages, and kept for a while after its
+// release.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +14,8 @@ struct LargeBlock {
   bool zeroed = false;  // fresh from the system; a kept block holds what its last user left
 };
 
-// Whether large blocks are in use at all. They are not under AddressSanitizer, which would lose sight of them.
+// Whether large blocks are in use at all. They are not under AddressSanitizer, which would lose sight of
+// them.
 bool UseLargeBlocks() noexcept;
 // An empty block when there is no memory.
 LargeBlock AcquireLargeBlock(uint64_t bytes) noexcept;

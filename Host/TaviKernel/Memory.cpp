@@ -10,8 +10,8 @@
 namespace tavi::host {
 namespace {
 
-// Stands in front of every block. A pointer whose header does not carry one of the marks is no live block of ours
-// and is left alone.
+// Stands in front of every block. A pointer whose header does not carry one of the marks is no live block of
+// ours and is left alone.
 struct BlockHeader {
   uint32_t mark;
   uint32_t kind;
@@ -32,9 +32,13 @@ constexpr uint32_t kSmallMark = 0x5EA7B10C;
 constexpr uint32_t kLargeMark = 0x5EA7B16C;
 constexpr uint64_t kMaximumBytes = uint64_t{1} << 62;
 
-BlockHeader* HeaderOf(void* block) { return static_cast<BlockHeader*>(block) - 1; }
+BlockHeader* HeaderOf(void* block) {
+  return static_cast<BlockHeader*>(block) - 1;
+}
 
-bool IsLive(const BlockHeader& header) { return header.mark == kSmallMark || header.mark == kLargeMark; }
+bool IsLive(const BlockHeader& header) {
+  return header.mark == kSmallMark || header.mark == kLargeMark;
+}
 
 LargeHeader* LargeHeaderOf(BlockHeader* header) {
   return reinterpret_cast<LargeHeader*>(reinterpret_cast<uint8_t*>(header + 1) - sizeof(LargeHeader));
@@ -53,8 +57,9 @@ void* MakeLarge(uint64_t bytes, LiveKind kind) {
   auto* const header = reinterpret_cast<LargeHeader*>(block.bytes);
   header->block = block;
   header->header = {kLargeMark, static_cast<uint32_t>(kind), bytes};
-  if (!block.zeroed) std::memset(header + 1, 0, bytes);
-  return header + 1;
+  uint8_t* const start = block.bytes + sizeof(LargeHeader);
+  if (!block.zeroed) std::memset(start, 0, bytes);
+  return start;
 }
 
 void* MakeBlock(uint64_t bytes, LiveKind kind) {
@@ -121,7 +126,9 @@ void* HostAllocMem(uint64_t count, uint64_t size, int32_t line, const wchar_t* u
   return AllocateBlock(count, size, LiveKind::kMemory, {line, unit});
 }
 
-void HostFreeMem(void* block, int32_t, const wchar_t*) { FreeBlock(block); }
+void HostFreeMem(void* block, int32_t, const wchar_t*) {
+  FreeBlock(block);
+}
 
 void* HostReallocMem(void* block, uint64_t size, int32_t line, const wchar_t* unit) {
   if (block == nullptr) return AllocateBlock(1, size, LiveKind::kMemory, {line, unit});
@@ -139,7 +146,9 @@ void* HostAllocTemp(uint64_t count, uint64_t size, int32_t line, const wchar_t* 
   return AllocateBlock(count, size, LiveKind::kTemp, {line, unit});
 }
 
-void HostFreeTemp(void* block, int32_t, const wchar_t*) { FreeBlock(block); }
+void HostFreeTemp(void* block, int32_t, const wchar_t*) {
+  FreeBlock(block);
+}
 
 void HostMemCopy(void* destination, const void* source, uint64_t bytes) {
   if (destination == nullptr || source == nullptr || bytes == 0) return;

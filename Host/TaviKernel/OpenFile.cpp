@@ -13,7 +13,8 @@ namespace tavi::host {
 namespace {
 
 constexpr uint64_t kWindowBytes = 64 * 1024;
-// After a jump the neighbourhood may not be wanted: interleaved planes are read a little here, a little there.
+// After a jump the neighbourhood may not be wanted: interleaved planes are read a little here, a little
+// there.
 constexpr uint64_t kJumpBytes = 16 * 1024;
 constexpr uint64_t kLargestTransfer = uint64_t{1} << 30;
 
@@ -43,7 +44,9 @@ uint64_t WriteFully(int descriptor, const uint8_t* buffer, uint64_t bytes, int64
 }
 
 // What may still be moved from a position without passing the largest one.
-uint64_t RoomAfter(int64_t position) { return static_cast<uint64_t>(INT64_MAX - position); }
+uint64_t RoomAfter(int64_t position) {
+  return static_cast<uint64_t>(INT64_MAX - position);
+}
 
 }  // namespace
 
@@ -55,7 +58,7 @@ std::shared_ptr<OpenFile> OpenFile::Open(const char* path, FileAccess access) {
     descriptor = open(path, flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
   } while (descriptor < 0 && errno == EINTR);
   if (descriptor < 0) return nullptr;
-  struct stat status{};
+  struct stat status {};
   if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
     close(descriptor);
     return nullptr;
@@ -68,7 +71,9 @@ std::shared_ptr<OpenFile> OpenFile::Open(const char* path, FileAccess access) {
   }
 }
 
-OpenFile::~OpenFile() { close(descriptor_); }
+OpenFile::~OpenFile() {
+  close(descriptor_);
+}
 
 // Brings the stretch from the position on into the window; false when nothing could be read.
 bool OpenFile::FillWindow() noexcept {
@@ -97,7 +102,8 @@ uint64_t OpenFile::Read(uint8_t* buffer, uint64_t bytes) noexcept {
   if (buffer == nullptr || bytes == 0) return 0;
   bytes = std::min(bytes, RoomAfter(position_));
   uint64_t done = ReadWindow(buffer, bytes);
-  while (done < bytes && bytes - done < kJumpBytes && FillWindow()) done += ReadWindow(buffer + done, bytes - done);
+  while (done < bytes && bytes - done < kJumpBytes && FillWindow())
+    done += ReadWindow(buffer + done, bytes - done);
   if (done < bytes) {
     const uint64_t direct = ReadFully(descriptor_, buffer + done, bytes - done, position_);
     position_ += static_cast<int64_t>(direct);
@@ -119,7 +125,7 @@ int64_t OpenFile::Seek(int64_t offset, int32_t origin) noexcept {
   if (origin == 1) {
     base = position_;
   } else if (origin == 2) {
-    struct stat status{};
+    struct stat status {};
     if (fstat(descriptor_, &status) != 0) return -1;
     base = status.st_size;
   } else if (origin != 0) {

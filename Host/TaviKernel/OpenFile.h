@@ -1,5 +1,5 @@
-// One open regular file: a position that moves without system calls, and a window of the file in memory for small
-// reads.
+// One open regular file: a position that moves without system calls, and a window of the file in memory for
+// small reads.
 #pragma once
 
 #include <cstdint>

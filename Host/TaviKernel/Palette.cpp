@@ -26,8 +26,9 @@ constexpr Table MakeTable(uint32_t bits) {
   return table;
 }
 
-constexpr std::array<Table, 9> kTables = {MakeTable(0), MakeTable(1), MakeTable(2), MakeTable(3), MakeTable(4),
-                                          MakeTable(5), MakeTable(6), MakeTable(7), MakeTable(8)};
+constexpr std::array<Table, 9> kTables = {MakeTable(0), MakeTable(1), MakeTable(2),
+                                          MakeTable(3), MakeTable(4), MakeTable(5),
+                                          MakeTable(6), MakeTable(7), MakeTable(8)};
 
 // Writes as many entries as the palette has room for.
 void PutColors(HostBitmap* bitmap, uint32_t first, uint32_t count, const HostPaletteEntry* entries) {
@@ -45,7 +46,9 @@ void PutColors(HostBitmap* bitmap, uint32_t first, uint32_t count, const HostPal
 
 }  // namespace
 
-const HostPaletteEntry* DefaultPalette(uint32_t bits) noexcept { return kTables[bits <= 8 ? bits : 0].data(); }
+const HostPaletteEntry* DefaultPalette(uint32_t bits) noexcept {
+  return kTables[bits <= 8 ? bits : 0].data();
+}
 
 const HostPaletteObject* CheckPalette(HostPalette palette) noexcept {
   return palette != nullptr && palette->magic == kPaletteMagic ? palette : nullptr;
@@ -64,7 +67,8 @@ HostPalette MakePalette(const HostPaletteEntry* entries, uint32_t count) noexcep
 
 using namespace tavi::host;
 
-void HostGetBitmapColors(const HostBitmap* bitmap, uint32_t first, uint32_t count, HostPaletteEntry* entries) {
+void HostGetBitmapColors(const HostBitmap* bitmap, uint32_t first, uint32_t count,
+                         HostPaletteEntry* entries) {
   BitmapPart part;
   if (entries == nullptr || !IsValid(bitmap, &part)) return;
   uint32_t size = 0;
@@ -73,7 +77,8 @@ void HostGetBitmapColors(const HostBitmap* bitmap, uint32_t first, uint32_t coun
   std::copy_n(palette + first, std::min(count, size - first), entries);
 }
 
-void HostPutBitmapColors(HostBitmap* bitmap, uint32_t first, uint32_t count, const HostPaletteEntry* entries) {
+void HostPutBitmapColors(HostBitmap* bitmap, uint32_t first, uint32_t count,
+                         const HostPaletteEntry* entries) {
   if (entries != nullptr) PutColors(bitmap, first, count, entries);
 }
 
@@ -85,10 +90,12 @@ HostPaletteEntry* HostDefaultPalette(uint32_t bits) {
       std::memcpy(block, DefaultPalette(bits), kPaletteEntries * sizeof(HostPaletteEntry)));
 }
 
-HostPalette HostCreatePalette(const HostPaletteEntry* entries, uint32_t count) { return MakePalette(entries, count); }
+HostPalette HostCreatePalette(const HostPaletteEntry* entries, uint32_t count) {
+  return MakePalette(entries, count);
+}
 
-// Up to 8 bits the palette stays complete: entries behind those given keep what they were. A picture of 12 or 16
-// bits has as many entries as were given, and its samples beyond them are grey.
+// Up to 8 bits the palette stays complete: entries behind those given keep what they were. A picture of 12 or
+// 16 bits has as many entries as were given, and its samples beyond them are grey.
 void HostSetBitmapPalette(HostBitmap* bitmap, HostPalette palette) {
   const HostPaletteObject* const object = CheckPalette(palette);
   BitmapPart part;

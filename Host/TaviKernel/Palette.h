@@ -14,7 +14,8 @@ struct HostPaletteObject {
 
 namespace tavi::host {
 
-// The fixed palette of a depth of 1 to 8 bits: a linear grey ramp, white behind it. Other depths give white throughout.
+// The fixed palette of a depth of 1 to 8 bits: a linear grey ramp, white behind it. Other depths give white
+// throughout.
 const HostPaletteEntry* DefaultPalette(uint32_t bits) noexcept;
 
 // Null unless it is a palette object that is alive.

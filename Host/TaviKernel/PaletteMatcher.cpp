@@ -33,7 +33,8 @@ uint32_t PaletteMatcher::Search(Color8 color) const noexcept {
                   static_cast<uint32_t>(r * r) * kRedWeight;
     smallest = std::min(smallest, distance[i]);
   }
-  return static_cast<uint32_t>(std::find(distance.begin(), distance.begin() + count_, smallest) - distance.begin());
+  return static_cast<uint32_t>(std::find(distance.begin(), distance.begin() + count_, smallest) -
+                               distance.begin());
 }
 
 }  // namespace tavi::host

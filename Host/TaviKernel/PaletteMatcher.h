@@ -9,8 +9,8 @@
 
 namespace tavi::host {
 
-// Distances are weighted like luminance, so that in a grey ramp the nearest entry is the colour's grey. Among equally
-// near entries the first is taken.
+// Distances are weighted like luminance, so that in a grey ramp the nearest entry is the colour's grey. Among
+// equally near entries the first is taken.
 class PaletteMatcher {
  public:
   // `count` is 1 to 256; bits of the pixels that index the palette.
@@ -30,8 +30,8 @@ class PaletteMatcher {
   };
 
   static uint8_t GreyLevel(Color8 color) {
-    const uint32_t sum = (color & 0xFF) * kBlueWeight + (color >> 8 & 0xFF) * kGreenWeight +
-                         (color >> 16 & 0xFF) * kRedWeight;
+    const uint32_t sum =
+        (color & 0xFF) * kBlueWeight + (color >> 8 & 0xFF) * kGreenWeight + (color >> 16 & 0xFF) * kRedWeight;
     return static_cast<uint8_t>((sum + 32767) >> 16);
   }
 

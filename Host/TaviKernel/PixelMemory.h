@@ -1,5 +1,5 @@
-// The pixels that a bitmap allocates. In big bitmaps, filling is put off until a row is looked at: a picture that is
-// cleared or filled and then written whole is written once.
+// The pixels that a bitmap allocates. In big bitmaps, filling is put off until a row is looked at: a picture
+// that is cleared or filled and then written whole is written once.
 #pragma once
 
 #include <cstdint>

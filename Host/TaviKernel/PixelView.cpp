@@ -43,7 +43,8 @@ bool ViewOf(const HostBitmap* bitmap, PixelView* view) noexcept {
 
 bool IsVoid(const HostBitmap* bitmap) noexcept {
   BitmapPart part;
-  return IsValid(bitmap, &part) && part.source == PixelSource::kAttached && (part.width == 0 || part.height == 0);
+  return IsValid(bitmap, &part) && part.source == PixelSource::kAttached &&
+         (part.width == 0 || part.height == 0);
 }
 
 void SetSampleOrder(HostBitmap* bitmap, SampleOrder order) noexcept {

@@ -9,7 +9,8 @@
 
 namespace tavi::host {
 
-// How a depth is to be read. Up to 8 bits a pixel is a palette index, 12 and 16 bits are grey, whatever the order is.
+// How a depth is to be read. Up to 8 bits a pixel is a palette index, 12 and 16 bits are grey, whatever the
+// order is.
 enum class Layout : uint8_t { kIndexed, kGrey12, kGrey16, kColor24, kColor32, kColor48, kColor64 };
 
 struct PixelView {
@@ -27,7 +28,9 @@ struct PixelView {
   uint32_t palette_count = 0;
 
   // The storage row of a row of the picture, counted from its top.
-  uint32_t StorageRow(uint32_t picture_row) const { return bottom_up ? height - 1 - picture_row : picture_row; }
+  uint32_t StorageRow(uint32_t picture_row) const {
+    return bottom_up ? height - 1 - picture_row : picture_row;
+  }
 
   // Bytes of a row that hold pixels, the last one perhaps in part.
   uint64_t UsedBytes() const { return (uint64_t{bits} * width + 7) / 8; }

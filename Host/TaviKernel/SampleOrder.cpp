@@ -10,12 +10,12 @@ namespace tavi::host {
 namespace {
 
 constexpr uint32_t kRows = 64;
-constexpr uint32_t kSamplesPerRow = 2048;   // looked at in each of them, around the middle
+constexpr uint32_t kSamplesPerRow = 2048;  // looked at in each of them, around the middle
 constexpr uint32_t kValuesPerRow = 64;
-constexpr uint32_t kFewestStretched = 9;    // significant bits that are stretched
+constexpr uint32_t kFewestStretched = 9;  // significant bits that are stretched
 constexpr uint32_t kMostStretched = 15;
 constexpr uint32_t kStretches = kMostStretched - kFewestStretched + 1;
-constexpr uint32_t kEnoughEvidence = 24;    // bits
+constexpr uint32_t kEnoughEvidence = 24;  // bits
 constexpr uint32_t kThinEvidence = 4;
 constexpr uint32_t kManyValues = 64;
 
@@ -26,7 +26,9 @@ constexpr bool CanBeStretched(uint32_t value, uint32_t bits) {
   return origin * 65535 / full == value;
 }
 
-constexpr uint32_t Swapped(uint32_t value) { return (value >> 8 | value << 8) & 0xFFFF; }
+constexpr uint32_t Swapped(uint32_t value) {
+  return (value >> 8 | value << 8) & 0xFFFF;
+}
 
 // Neighbouring differences and range of the samples read in one order.
 struct Smoothness {
@@ -101,7 +103,8 @@ class Values {
 
   // Whether one stretch to at most 12 bits fits all values read big-endian.
   bool FitsBigEndian() const {
-    return std::any_of(big_endian_misfits_.begin(), big_endian_misfits_.end(), [](uint32_t n) { return n == 0; });
+    return std::any_of(big_endian_misfits_.begin(), big_endian_misfits_.end(),
+                       [](uint32_t n) { return n == 0; });
   }
 
  private:

@@ -39,7 +39,8 @@ struct KeyHash {
   }
 };
 
-// Live objects and where they were made. It is never destroyed: blocks are still freed while the process ends.
+// Live objects and where they were made. It is never destroyed: blocks are still freed while the process
+// ends.
 class OriginTable {
  public:
   static OriginTable& Of(LiveKind kind) {
@@ -130,8 +131,8 @@ void NoteGone(LiveKind kind, const void* object) noexcept {
 
 using tavi::host::LiveKind;
 
-// Announced objects are kept in a table in every build: callers may take back what they never announced, or take
-// it back twice, and a bare count would then be wrong.
+// Announced objects are kept in a table in every build: callers may take back what they never announced, or
+// take it back twice, and a bare count would then be wrong.
 void HostTrackAdd(int32_t kind, const void* object, int32_t line, const wchar_t* unit) {
   using namespace tavi::host;
   if (object == nullptr) return;

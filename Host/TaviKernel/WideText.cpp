@@ -5,8 +5,12 @@
 namespace tavi::host {
 namespace {
 
-constexpr bool IsHighSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-constexpr bool IsLowSurrogate(uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+constexpr bool IsHighSurrogate(uint32_t unit) {
+  return unit >= 0xD800 && unit <= 0xDBFF;
+}
+constexpr bool IsLowSurrogate(uint32_t unit) {
+  return unit >= 0xDC00 && unit <= 0xDFFF;
+}
 
 // Takes one code point and moves on; false when there is none.
 bool NextCodePoint(const wchar_t** text, uint32_t* point) {
@@ -24,7 +28,9 @@ bool NextCodePoint(const wchar_t** text, uint32_t* point) {
 }
 
 void AppendUtf8(uint32_t point, std::string* out) {
-  const auto tail = [&](uint32_t shift) { out->push_back(static_cast<char>(0x80 | ((point >> shift) & 0x3F))); };
+  const auto tail = [&](uint32_t shift) {
+    out->push_back(static_cast<char>(0x80 | ((point >> shift) & 0x3F)));
+  };
   if (point < 0x80) {
     out->push_back(static_cast<char>(point));
   } else if (point < 0x800) {

@@ -7,7 +7,7 @@ import unittest
 
 from tool_support import ToolTest
 
-SAMPLES = pathlib.Path(os.environ["TAVI_SAMPLES"]) / "nitf"
+SAMPLES = pathlib.Path(os.environ.get("TAVI_SAMPLES") or os.environ["TAVI_SAMPLES_DEFAULT"]) / "nitf"
 SKIPPED = 77
 
 
