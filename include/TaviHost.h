@@ -9,8 +9,8 @@
  *   - Status: int32_t, SUCCESS (1) or a negative code of TaviStatus.h. Operations without a status return
  *     nothing and cannot be observed to fail; they accept null and invalid records and then do nothing.
  *   - Sizes in bytes are uint64_t, file handles and positions int64_t; widths, heights, bits, rows and flags
- *     are 32-bit. `line` and `unit` name the caller's source line and unit for the leak report; unit names are
- *     static texts and may be null.
+ *     are 32-bit. `line` and `unit` name the caller's source line and unit for the leak report; unit names
+ * are static texts and may be null.
  *   - Colours are 0x00BBGGRR. Palette entries are blue, green, red, reserved.
  *   - Paths are wide text (UTF-16 on Windows, UTF-32 elsewhere; names go to the file system as UTF-8 there).
  *   - All operations run on the caller's thread. Different records, files and contexts may be used from
@@ -73,14 +73,14 @@ typedef struct HostRect {
  */
 typedef struct HostBitmap {
   uint8_t host0[20];
-  uint32_t width;            /* pixels */
-  uint32_t height;           /* pixels */
-  uint32_t bits;             /* bits per pixel: 1 to 8, 12, 16, 24, 32, 48 or 64 */
-  uint32_t bytes_per_line;   /* bytes from one row to the next */
+  uint32_t width;          /* pixels */
+  uint32_t height;         /* pixels */
+  uint32_t bits;           /* bits per pixel: 1 to 8, 12, 16, 24, 32, 48 or 64 */
+  uint32_t bytes_per_line; /* bytes from one row to the next */
   uint8_t host36[12];
-  uint8_t flags;             /* bit 0: the record holds allocated pixel memory */
+  uint8_t flags; /* bit 0: the record holds allocated pixel memory */
   uint8_t host49[3];
-  uint32_t color_count;      /* palette entries in use; 0 without a palette */
+  uint32_t color_count; /* palette entries in use; 0 without a palette */
   uint8_t host56[8];
   uint32_t view_perspective; /* 1: row 0 is the top of the picture; 4: row 0 is the bottom row */
   uint32_t order;            /* 0: palette index, or red first; 1: blue, green, red; 2: grey */
@@ -157,8 +157,8 @@ typedef HostLoadHook (*HostSetLoadHookEntry)(HostLoadHook hook, void* user);
 TAVI_HOST_API void* HostAllocMem(uint64_t count, uint64_t size, int32_t line, const wchar_t* unit);
 /* Frees a block of HostAllocMem or HostReallocMem; null does nothing. */
 TAVI_HOST_API void HostFreeMem(void* block, int32_t line, const wchar_t* unit);
-/* Resizes a block, keeping its contents (new bytes are not defined); null makes one. Returns the block, or null
-   when memory is short, and then the old block stays as it was. */
+/* Resizes a block, keeping its contents (new bytes are not defined); null makes one. Returns the block, or
+   null when memory is short, and then the old block stays as it was. */
 TAVI_HOST_API void* HostReallocMem(void* block, uint64_t size, int32_t line, const wchar_t* unit);
 /* As HostAllocMem and HostFreeMem, for short-lived text buffers. */
 TAVI_HOST_API void* HostAllocTemp(uint64_t count, uint64_t size, int32_t line, const wchar_t* unit);
@@ -166,8 +166,8 @@ TAVI_HOST_API void HostFreeTemp(void* block, int32_t line, const wchar_t* unit);
 /* Copies between blocks that do not overlap; fills a block with one byte value. */
 TAVI_HOST_API void HostMemCopy(void* destination, const void* source, uint64_t bytes);
 TAVI_HOST_API void HostMemSet(void* destination, int32_t value, uint64_t bytes);
-/* Announces an object to the leak report, and forgets it. Kinds: 3 global memory block, 4 object made with the
-   language's own allocation, 5 raw block so made. No effect on results. */
+/* Announces an object to the leak report, and forgets it. Kinds: 3 global memory block, 4 object made with
+   the language's own allocation, 5 raw block so made. No effect on results. */
 TAVI_HOST_API void HostTrackAdd(int32_t kind, const void* object, int32_t line, const wchar_t* unit);
 TAVI_HOST_API void HostTrackRemove(int32_t kind, const void* object, int32_t line, const wchar_t* unit);
 
@@ -193,12 +193,12 @@ TAVI_HOST_API void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint
                                   uint32_t bits);
 /*
  * Makes a zeroed bitmap. Memory flags 1 allocate its pixels; flags 2 make a bitmap whose pixels a caller
- * attaches with HostAttachBitmapData, and then the sides may be 0. `palette` is null for the default (a linear
- * grey ramp up to 8 bits) or a table that is read up to 2^bits entries, 256 at most. `data` and `data_size`
- * attach pixels at once with flags 2, and are otherwise null and 0.
- * Status: ERR_INVALID_BPP for another depth than those of HostBitmap; ERR_INVALID_PARAMETER for a null record,
- * another record size, unknown flags, or a side that is 0 or above 2^31 - 1; ERR_NO_MEMORY when the pixels
- * exceed the limit of HostSetBitmapLimit or cannot be had. After a failure the record is empty.
+ * attaches with HostAttachBitmapData, and then the sides may be 0. `palette` is null for the default (a
+ * linear grey ramp up to 8 bits) or a table that is read up to 2^bits entries, 256 at most. `data` and
+ * `data_size` attach pixels at once with flags 2, and are otherwise null and 0. Status: ERR_INVALID_BPP for
+ * another depth than those of HostBitmap; ERR_INVALID_PARAMETER for a null record, another record size,
+ * unknown flags, or a side that is 0 or above 2^31 - 1; ERR_NO_MEMORY when the pixels exceed the limit of
+ * HostSetBitmapLimit or cannot be had. After a failure the record is empty.
  */
 TAVI_HOST_API int32_t HostCreateBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t memory_flags,
                                        uint32_t width, uint32_t height, uint32_t bits, uint32_t order,
@@ -222,8 +222,8 @@ TAVI_HOST_API void HostGetBitmapColors(const HostBitmap* bitmap, uint32_t first,
                                        HostPaletteEntry* entries);
 TAVI_HOST_API void HostPutBitmapColors(HostBitmap* bitmap, uint32_t first, uint32_t count,
                                        const HostPaletteEntry* entries);
-/* The fixed palette of a depth of 1 to 8 bits: always 256 entries, the first 2^bits a linear grey ramp, the rest
-   white. To be freed with HostFreeMem. Null for any other depth, or without memory. */
+/* The fixed palette of a depth of 1 to 8 bits: always 256 entries, the first 2^bits a linear grey ramp, the
+   rest white. To be freed with HostFreeMem. Null for any other depth, or without memory. */
 TAVI_HOST_API HostPaletteEntry* HostDefaultPalette(uint32_t bits);
 /* A palette object of copies of `count` entries (256 at most), or null. */
 TAVI_HOST_API HostPalette HostCreatePalette(const HostPaletteEntry* entries, uint32_t count);
@@ -231,8 +231,9 @@ TAVI_HOST_API HostPalette HostCreatePalette(const HostPaletteEntry* entries, uin
 TAVI_HOST_API void HostSetBitmapPalette(HostBitmap* bitmap, HostPalette palette);
 /* Releases a palette object. */
 TAVI_HOST_API void HostDeleteObject(HostPalette object, int32_t line, const wchar_t* unit);
-/* Attaches a caller's pixels, which stay the caller's and must outlive their use. Status: ERR_NO_BITMAP for an
-   invalid record or one that allocates its own, ERR_INVALID_PARAMETER when `size` is below the rows' bytes. */
+/* Attaches a caller's pixels, which stay the caller's and must outlive their use. Status: ERR_NO_BITMAP for
+   an invalid record or one that allocates its own, ERR_INVALID_PARAMETER when `size` is below the rows'
+   bytes. */
 TAVI_HOST_API int32_t HostAttachBitmapData(HostBitmap* bitmap, void* buffer, uint64_t size);
 /* A drawing context that draws into the bitmap, or null. The bitmap must outlive it. */
 TAVI_HOST_API HostDrawingContext HostCreateBitmapDC(HostBitmap* bitmap);
@@ -241,9 +242,10 @@ TAVI_HOST_API void HostDeleteBitmapDC(HostDrawingContext context);
 /* ---- Pixel processing (TaviImageFx) ------------------------------------------------------------------- */
 
 /*
- * Combines a source rectangle into a destination rectangle of the same size; `mode` 800: the source replaces the
- * destination. Parts outside either bitmap are left out. Bitmaps of one depth and order are combined byte for
- * byte (palettes are not looked at); others by colour. Status: ERR_NO_BITMAP, ERR_NOT_SUPPORTED (other mode).
+ * Combines a source rectangle into a destination rectangle of the same size; `mode` 800: the source replaces
+ * the destination. Parts outside either bitmap are left out. Bitmaps of one depth and order are combined byte
+ * for byte (palettes are not looked at); others by colour. Status: ERR_NO_BITMAP, ERR_NOT_SUPPORTED (other
+ * mode).
  */
 TAVI_HOST_API int32_t HostCombineBitmap(HostBitmap* destination, int32_t x, int32_t y, uint32_t width,
                                         uint32_t height, const HostBitmap* source, int32_t source_x,
@@ -251,20 +253,25 @@ TAVI_HOST_API int32_t HostCombineBitmap(HostBitmap* destination, int32_t x, int3
 /* Counts the pixels of each level into 256 counters (count is 256, flags 0): palette indices up to 8 bits as
    grey levels of their entries, deeper pixels by luminance. Counters are added to. Status: ERR_NO_BITMAP,
    ERR_INVALID_PARAMETER. */
-TAVI_HOST_API int32_t HostHistogram(const HostBitmap* bitmap, uint32_t* counters, uint32_t count, uint32_t flags);
+TAVI_HOST_API int32_t HostHistogram(const HostBitmap* bitmap, uint32_t* counters, uint32_t count,
+                                    uint32_t flags);
 /* Brightens the picture by `amount` thousandths of the full scale; 350 is the only amount used. */
 TAVI_HOST_API int32_t HostAdjustBitmap(HostBitmap* bitmap, int32_t amount);
 
 /* ---- Painting (TaviDisplay, TaviEffects) -------------------------------------------------------------- */
 
-/* A palette that suits painting the bitmap, or null when none is needed. To be released by HostDeleteObject. */
+/* A palette that suits painting the bitmap, or null when none is needed. To be released by HostDeleteObject.
+ */
 TAVI_HOST_API HostPalette HostCreatePaintPalette(HostDrawingContext context, const HostBitmap* bitmap);
-/* Paints the whole bitmap into the rectangle, scaled to it when the sizes differ. `source` and `clip` are null,
-   `operation` is 0xCC0020, source copy. Status: ERR_NO_BITMAP, ERR_INVALID_PARAMETER, ERR_NOT_SUPPORTED. */
-TAVI_HOST_API int32_t HostPaintBitmap(HostDrawingContext context, const HostBitmap* bitmap, const HostRect* source,
-                                      const HostRect* source_clip, const HostRect* destination,
-                                      const HostRect* destination_clip, uint32_t operation);
-/* The same, leaving out the pixels whose colour is `transparent`. The values between are 1000 and seven ones. */
+/* Paints the whole bitmap into the rectangle, scaled to it when the sizes differ. `source` and `clip` are
+   null, `operation` is 0xCC0020, source copy. Status: ERR_NO_BITMAP, ERR_INVALID_PARAMETER,
+   ERR_NOT_SUPPORTED. */
+TAVI_HOST_API int32_t HostPaintBitmap(HostDrawingContext context, const HostBitmap* bitmap,
+                                      const HostRect* source, const HostRect* source_clip,
+                                      const HostRect* destination, const HostRect* destination_clip,
+                                      uint32_t operation);
+/* The same, leaving out the pixels whose colour is `transparent`. The values between are 1000 and seven ones.
+ */
 TAVI_HOST_API int32_t HostPaintBitmapKeyed(HostDrawingContext context, const HostBitmap* bitmap,
                                            const HostRect* source, const HostRect* source_clip,
                                            const HostRect* destination, const HostRect* destination_clip,
@@ -281,7 +288,8 @@ TAVI_HOST_API int32_t SetRect(HostRect* rect, int32_t left, int32_t top, int32_t
 /* Selects a palette into a context and returns the one that was selected; `background` is 0. */
 TAVI_HOST_API HostPalette SelectPalette(HostDrawingContext context, HostPalette palette, int32_t background);
 TAVI_HOST_API uint32_t RealizePalette(HostDrawingContext context);
-/* Shows a message: goes to the sink of HostSetMessageSink, or as "caption: text" to standard error. Returns 1. */
+/* Shows a message: goes to the sink of HostSetMessageSink, or as "caption: text" to standard error.
+ * Returns 1. */
 TAVI_HOST_API int32_t MessageBoxA(void* owner, const char* text, const char* caption, uint32_t flags);
 /* A debug string; goes to the sink of HostSetDebugSink, or nowhere. */
 TAVI_HOST_API void OutputDebugStringA(const char* text);
@@ -297,14 +305,16 @@ typedef void (*HostDebugSink)(const char* text, void* user);
 TAVI_HOST_API void HostSetMessageSink(HostMessageSink sink, void* user);
 TAVI_HOST_API void HostSetDebugSink(HostDebugSink sink, void* user);
 
-/* The largest pixel memory, in bytes, that one bitmap may take; larger ones are refused with ERR_NO_MEMORY. The
-   default is 2 GiB (a 24-bit picture of 26,000 x 26,000): a file of a few hundred bytes can claim far more. */
+/* The largest pixel memory, in bytes, that one bitmap may take; larger ones are refused with ERR_NO_MEMORY.
+   The default is 2 GiB (a 24-bit picture of 26,000 x 26,000): a file of a few hundred bytes can claim far
+   more. */
 TAVI_HOST_API void HostSetBitmapLimit(uint64_t bytes);
 TAVI_HOST_API uint64_t HostGetBitmapLimit(void);
 
-/* What is alive: blocks of HostAllocMem, HostReallocMem and HostAllocTemp, tracked objects, palettes, contexts,
-   bitmap pixels and open files. Counted in every build; where a live one was made is known in debug builds only,
-   and HostReportLeaks prints it to `sink` (null: standard error), one line each. Returns the number alive. */
+/* What is alive: blocks of HostAllocMem, HostReallocMem and HostAllocTemp, tracked objects, palettes,
+   contexts, bitmap pixels and open files. Counted in every build; where a live one was made is known in debug
+   builds only, and HostReportLeaks prints it to `sink` (null: standard error), one line each. Returns the
+   number alive. */
 TAVI_HOST_API uint64_t HostLiveObjects(void);
 TAVI_HOST_API uint64_t HostReportLeaks(HostDebugSink sink, void* user);
 

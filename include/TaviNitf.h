@@ -10,8 +10,8 @@
  *   - an application holds a document by a NitfHandle: Tavi_NITFCreate … Tavi_NITFDestroy.
  *
  * Conventions
- *   - Every function returns an int32_t status, SUCCESS (1) or a negative code of TaviStatus.h, unless it says
- *     otherwise. "The status of X" means that X's code is handed on unchanged.
+ *   - Every function returns an int32_t status, SUCCESS (1) or a negative code of TaviStatus.h, unless it
+ * says otherwise. "The status of X" means that X's code is handed on unchanged.
  *   - No exception leaves the library, no function prints, and nothing is kept between calls but the document
  *     that a caller holds.
  *   - A document belongs to one thread at a time. Different documents may be used on different threads.
@@ -51,10 +51,10 @@ typedef NitfFile* NitfHandle;
 
 /* Bits of the flags word of HostLoadFlagsRecord. */
 enum TaviLoadFlags {
-  TAVI_LOAD_FIXED_CANVAS = 0x40000,        /* the composite is 2048 by 2048 whatever the file holds */
-  TAVI_LOAD_STRETCH_DARK = 0x80000,        /* an image with nothing above grey level 19 is brightened */
-  TAVI_LOAD_PAINT_EACH_OBJECT = 0x100000,  /* a graphic object is painted as soon as it has been built */
-  TAVI_LOAD_ALWAYS_SET = (int)0x80000001u  /* set by fltInfo and fltLoad in the caller's record */
+  TAVI_LOAD_FIXED_CANVAS = 0x40000,       /* the composite is 2048 by 2048 whatever the file holds */
+  TAVI_LOAD_STRETCH_DARK = 0x80000,       /* an image with nothing above grey level 19 is brightened */
+  TAVI_LOAD_PAINT_EACH_OBJECT = 0x100000, /* a graphic object is painted as soon as it has been built */
+  TAVI_LOAD_ALWAYS_SET = (int)0x80000001u /* set by fltInfo and fltLoad in the caller's record */
 };
 
 /* The host's number of this file format. */
@@ -77,33 +77,33 @@ enum TaviRowFlags { TAVI_ROW = 3, TAVI_ROW_FIRST = 4, TAVI_ROW_LAST = 8 };
 typedef int32_t (*HostRowCallback)(uint64_t first, HostBitmap* bitmap, uint8_t* row, uint32_t row_flags,
                                    int32_t row_index, int32_t rows, void* user);
 
-/* Both records are byte-packed: pointers stand at offsets that are no multiple of 8. The bytes named `host…` are
-   not looked at. */
+/* Both records are byte-packed: pointers stand at offsets that are no multiple of 8. The bytes named `host…`
+   are not looked at. */
 #pragma pack(push, 1)
 typedef struct FilterInfoContext {
   const wchar_t* file_name;
   uint8_t host8[4];
-  int64_t file;                    /* the host's own open handle: rewound to 0, and not used for reading */
-  HostFileInfo* info;              /* filled on success */
+  int64_t file;       /* the host's own open handle: rewound to 0, and not used for reading */
+  HostFileInfo* info; /* filled on success */
   uint8_t host28[28];
   HostLoadFlagsRecord* load_flags; /* TaviLoadFlags; TAVI_LOAD_ALWAYS_SET is set in it */
 } FilterInfoContext;
 
 typedef struct FilterLoadContext {
   const wchar_t* file_name;
-  HostBitmap* bitmap;              /* only its bits per pixel are read; handed to the callback */
+  HostBitmap* bitmap; /* only its bits per pixel are read; handed to the callback */
   uint8_t host16[4];
   HostRowCallback row_callback;
-  void* user;                      /* handed to the callback */
+  void* user; /* handed to the callback */
   uint8_t host36[36];
-  uint64_t callback_word;          /* handed to the callback as its first argument */
+  uint64_t callback_word; /* handed to the callback as its first argument */
   uint8_t host80[2128];
   HostLoadFlagsRecord* load_flags; /* TaviLoadFlags; TAVI_LOAD_ALWAYS_SET is set in it */
   uint8_t host2216[48];
-  HostLoadMemoryEntry load_memory;      /* used while drawing in place of HostLoadMemory; must not be null */
-  HostSetLoadHookEntry set_load_hook;   /* used while drawing in place of HostSetLoadHook; must not be null */
+  HostLoadMemoryEntry load_memory;    /* used while drawing in place of HostLoadMemory; must not be null */
+  HostSetLoadHookEntry set_load_hook; /* used while drawing in place of HostSetLoadHook; must not be null */
   uint8_t host2280[48];
-  void (*third_entry)(void);            /* must not be null; never called */
+  void (*third_entry)(void); /* must not be null; never called */
 } FilterLoadContext;
 #pragma pack(pop)
 
@@ -126,22 +126,22 @@ TAVI_STATIC_ASSERT(offsetof(FilterLoadContext, third_entry) == 2328);
 /* ---- File filter -------------------------------------------------------------------------------------- */
 
 /*
- * Says what a file is. Fills format 248, the composite's width and height, 24 bits per pixel, the size in memory
- * and the two words at 1100 and 1104 (both 1) of the context's HostFileInfo; on failure nothing is filled.
- * Status: ERR_NULL_ARGUMENT when the context or one of its three records is null; the statuses of Tavi_NITFCreate
- * for a file that does not open, where a file that is not there gives ERR_FILE_READ; the statuses of
- * GetActual_Width_Height.
+ * Says what a file is. Fills format 248, the composite's width and height, 24 bits per pixel, the size in
+ * memory and the two words at 1100 and 1104 (both 1) of the context's HostFileInfo; on failure nothing is
+ * filled. Status: ERR_NULL_ARGUMENT when the context or one of its three records is null; the statuses of
+ * Tavi_NITFCreate for a file that does not open, where a file that is not there gives ERR_FILE_READ; the
+ * statuses of GetActual_Width_Height.
  */
 TAVI_NITF_API int32_t fltInfo(FilterInfoContext* context);
 
 /*
- * Delivers the file as one composite picture, row by row, from the last row of the composite bitmap to its first,
- * which is the picture from top to bottom, at the depth of the context's bitmap. The composite is built whole
- * before the first row is delivered.
- * Status: that of the last row callback when all went well; ERR_NULL_ARGUMENT when the context, its bitmap, its
- * callback or its load flags are null; ERR_FILE_FORMAT when one of the three host entries is null, before the file
- * is opened and before the load flags are touched; the statuses of fltInfo; of HostCreateBitmap for a composite of
- * that size and depth; ERR_NO_MEMORY when there is no drawing context or row buffer; of Tavi_NitfDrawObjects.
+ * Delivers the file as one composite picture, row by row, from the last row of the composite bitmap to its
+ * first, which is the picture from top to bottom, at the depth of the context's bitmap. The composite is
+ * built whole before the first row is delivered. Status: that of the last row callback when all went well;
+ * ERR_NULL_ARGUMENT when the context, its bitmap, its callback or its load flags are null; ERR_FILE_FORMAT
+ * when one of the three host entries is null, before the file is opened and before the load flags are
+ * touched; the statuses of fltInfo; of HostCreateBitmap for a composite of that size and depth; ERR_NO_MEMORY
+ * when there is no drawing context or row buffer; of Tavi_NitfDrawObjects.
  */
 TAVI_NITF_API int32_t fltLoad(FilterLoadContext* context);
 
@@ -151,51 +151,52 @@ TAVI_NITF_API int32_t fltSave(void* record);
 /* ---- Drawing ------------------------------------------------------------------------------------------ */
 
 /*
- * The size of the document's composite, in pixels: the extent of all images on the common coordinate system, each
- * taken by its whole block grid. 2048 x 2048 for a document without segments or with the fixed canvas, 2 x 2 for
- * one that holds texts only.
- * Status: ERR_NULL_ARGUMENT for a null argument; ERR_NO_MEMORY.
+ * The size of the document's composite, in pixels: the extent of all images on the common coordinate system,
+ * each taken by its whole block grid. 2048 x 2048 for a document without segments or with the fixed canvas, 2
+ * x 2 for one that holds texts only. Status: ERR_NULL_ARGUMENT for a null argument; ERR_NO_MEMORY.
  */
 TAVI_NITF_API int32_t GetActual_Width_Height(NitfFile* document, uint32_t* width, uint32_t* height);
 
 /*
  * Draws all segments on a drawing context, by ascending display level. `context` is null or names the host's
- * entries for coded images. `bitmap` is the composite that the drawing context draws into; it is not looked at.
- * Status: that of the first segment that cannot be drawn, and then later ones are not drawn: ERR_NOT_SUPPORTED for
- * IC C0, C2, M0 and M2, ERR_FILE_READ when a segment's data end too early, ERR_FILE_FORMAT when they do not fit
- * their header, ERR_NO_MEMORY, and what the host reports; ERR_NULL_ARGUMENT for a null document or drawing context.
+ * entries for coded images. `bitmap` is the composite that the drawing context draws into; it is not looked
+ * at. Status: that of the first segment that cannot be drawn, and then later ones are not drawn:
+ * ERR_NOT_SUPPORTED for IC C0, C2, M0 and M2, ERR_FILE_READ when a segment's data end too early,
+ * ERR_FILE_FORMAT when they do not fit their header, ERR_NO_MEMORY, and what the host reports;
+ * ERR_NULL_ARGUMENT for a null document or drawing context.
  */
 TAVI_NITF_API int32_t Tavi_NitfDrawObjects(FilterLoadContext* context, HostDrawingContext drawing_context,
                                            HostBitmap* bitmap, NitfFile* document);
 
 /*
- * Renders the document into `bitmap` at 24 bits per pixel on its background colour. Pixels that the record holds
- * (bit 0 of its flags) are freed first, whatever happens then; a record without that bit may hold anything. On
- * success the bitmap is the caller's, to be freed with HostFreeBitmap; on failure it holds no pixels. Row 0 is the
- * top of the picture when read by the bitmap's view perspective, which is 4: the last row is delivered first.
- * Status: ERR_INVALID_PARAMETER for a null bitmap, ERR_NULL_HANDLE for a null document, ERR_NO_MEMORY; otherwise
- * as fltLoad.
+ * Renders the document into `bitmap` at 24 bits per pixel on its background colour. Pixels that the record
+ * holds (bit 0 of its flags) are freed first, whatever happens then; a record without that bit may hold
+ * anything. On success the bitmap is the caller's, to be freed with HostFreeBitmap; on failure it holds no
+ * pixels. Row 0 is the top of the picture when read by the bitmap's view perspective, which is 4: the last
+ * row is delivered first. Status: ERR_INVALID_PARAMETER for a null bitmap, ERR_NULL_HANDLE for a null
+ * document, ERR_NO_MEMORY; otherwise as fltLoad.
  */
 TAVI_NITF_API int32_t Tavi_NtfRenderBitmap(HostBitmap* bitmap, NitfFile* document);
 
 /* ---- Documents ---------------------------------------------------------------------------------------- */
 
 /*
- * Opens the file at `path`, or makes an empty document when `path` is null. The file stays open and segment data
- * are read from it on demand until Tavi_NITFDestroy. On failure *out is null.
- * Status: ERR_NO_MEMORY for a null `out` (this argument error leaves a document behind that nobody can release) or
- * without memory; ERR_FILE_NOT_FOUND when there is no such file; ERR_FILE_READ when the file cannot be opened or
- * ends inside a header; ERR_FILE_FORMAT when a signature or a required value is wrong; ERR_NOT_NITF when FVER is
- * not "02.10"; ERR_UNSUPPORTED_CLEVEL when CLEVEL is not "03"; ERR_UNSUPPORTED_PVTYPE and ERR_UNSUPPORTED_BPP for
- * an image that is not integer or bilevel, or that has several 16-bit bands; ERR_INVALID_PARAMETER when a length
- * says that its true value stands in a streaming file header and there is none. The CLEVEL, PVTYPE and BPP
- * refusals also show a message box of the host.
+ * Opens the file at `path`, or makes an empty document when `path` is null. The file stays open and segment
+ * data are read from it on demand until Tavi_NITFDestroy. On failure *out is null. Status: ERR_NO_MEMORY for
+ * a null `out` (this argument error leaves a document behind that nobody can release) or without memory;
+ * ERR_FILE_NOT_FOUND when there is no such file; ERR_FILE_READ when the file cannot be opened or ends inside
+ * a header; ERR_FILE_FORMAT when a signature or a required value is wrong; ERR_NOT_NITF when FVER is not
+ * "02.10"; ERR_UNSUPPORTED_CLEVEL when CLEVEL is not "03"; ERR_UNSUPPORTED_PVTYPE and ERR_UNSUPPORTED_BPP for
+ * an image that is not integer or bilevel, or that has several 16-bit bands; ERR_INVALID_PARAMETER when a
+ * length says that its true value stands in a streaming file header and there is none. The CLEVEL, PVTYPE and
+ * BPP refusals also show a message box of the host.
  */
 TAVI_NITF_API int32_t Tavi_NITFCreate(NitfHandle* out, const wchar_t* path);
 
 /*
  * Ends a document: closes its file and frees all it owns, then stores null in *handle.
- * Status: ERR_NULL_HANDLE when *handle is null, as after an earlier call; ERR_NULL_ARGUMENT for a null pointer.
+ * Status: ERR_NULL_HANDLE when *handle is null, as after an earlier call; ERR_NULL_ARGUMENT for a null
+ * pointer.
  */
 TAVI_NITF_API int32_t Tavi_NITFDestroy(NitfHandle* handle);
 
@@ -207,6 +208,281 @@ enum TaviDocumentStatus {
 
 /* What a document is: a set of TaviDocumentStatus bits, or ERR_NULL_HANDLE. */
 TAVI_NITF_API int32_t Tavi_NITFGetStatus(NitfHandle handle);
+
+/* ---- Public header records ----------------------------------------------------------------------------- */
+
+/*
+ * Copies of the headers, one record for each kind. All four are byte-packed: a pointer may stand at any
+ * address.
+ *
+ * A record must be zeroed by its owner before its getter runs. The getter fills the fields that its comment
+ * names; everything that a filled record points to is an allocation of its own that belongs to the caller
+ * until the matching free function, and nothing of it refers to the document, which may be destroyed first.
+ *
+ *   char*     a NUL-terminated copy of the field's text as the document stores it, blanks included
+ *   char[n]   the n characters of a date, without a terminator
+ *   numbers   the number that the field's text begins with, 0 when it begins with none
+ */
+#pragma pack(push, 1)
+
+/*
+ * The file header. Tavi_NITFGetNITFHeader fills all fields but NUMX, NUMDES, LDSH, LD, NUMRES, LRESH, LRE,
+ * UDHDL, UDHOFL, UDHD, XHDL, XHDLOFL, XHD and FBKGC, which stay as they were. The counts NUMI, NUMS and NUMT
+ * and HL come from the texts of the header as it was read, the lists are as long as these counts say; FL is
+ * current. The texts from FSCLSY to FSCTLN have no terminators of their own in the document: each comes back
+ * with everything behind it up to the end of FSCOP, to be cut at the field's width (2, 11, 2, 20, 2, 4, 1,
+ * 43, 1, 40, 1, 15 in the order below).
+ */
+typedef struct NitfHeaderInfo {
+  char* FHDR;
+  int32_t CLEVEL;
+  char* STYPE;
+  char* OSTAID;
+  char* FTITLE;
+  char* FSCLAS;
+  char* FSCLSY;
+  char* FSCODE;
+  char* FSCTLH;
+  char* FSREL;
+  char* FSDCTP;
+  char* FSDCXM;
+  char* FSDG;
+  char* FSCLTX;
+  char* FSCATP;
+  char* FSCAUT;
+  char* FSCRSN;
+  char* FSCTLN;
+  char* ONAME;
+  char* OPHONE;
+  uint32_t HL;
+  uint32_t FL;
+  uint32_t FSCOP;
+  uint32_t FSCPYS;
+  uint32_t ENCRYP;
+  uint32_t NUMI;
+  uint32_t* LISH; /* NUMI entries, as the next */
+  uint32_t* LI;
+  uint32_t NUMS;
+  uint32_t* LSSH; /* NUMS entries, as the next */
+  uint32_t* LS;
+  uint32_t NUMX;
+  uint32_t NUMT;
+  uint32_t* LTSH; /* NUMT entries, as the next */
+  uint32_t* LT;
+  uint32_t NUMDES;
+  uint32_t* LDSH;
+  uint32_t* LD;
+  uint32_t NUMRES;
+  uint32_t* LRESH;
+  uint32_t* LRE;
+  uint32_t UDHDL;
+  uint32_t UDHOFL;
+  uint8_t* UDHD;
+  uint32_t XHDL;
+  uint32_t XHDLOFL;
+  uint8_t* XHD;
+  uint8_t FBKGC[3];
+  uint8_t spare;
+  char FSSRDT[8];
+  char FSDGDT[8];
+  char FSDCDT[8];
+  char FDT[14];
+  float FVER; /* the number nearest to the text "02.10" */
+} NitfHeaderInfo;
+
+/*
+ * An image subheader. Tavi_NITFGetImageHeader fills all fields but the band lists IREPBAND, ISUBCAT, IFC and
+ * IMFLT. ICOM has NICOM entries, those beyond the stored comments empty. UDID ends at its first NUL. IXSHD
+ * has IXSHDL bytes and TPXCD TPXCDLNTH bytes: the stored ones first, zeros behind.
+ */
+typedef struct NitfImageHeaderInfo {
+  char* IM;
+  char* IID1;
+  char IDATIM[14];
+  char* TGTID;
+  char* IID2;
+  char* ISCLAS;
+  char* ISCLSY;
+  char* ISCODE;
+  char* ISCTLH;
+  char* ISREL;
+  char* ISDCTP;
+  char ISDCDT[8];
+  char* ISDCXM;
+  char* ISDG;
+  char ISDGDT[8];
+  char* ISCLTX;
+  char* ISCATP;
+  char* ISCAUT;
+  char* ISCRSN;
+  char ISSRDT[8];
+  char* ISCTLN;
+  int32_t ENCRYP;
+  char* ISORCE;
+  int32_t NROWS;
+  int32_t NCOLS;
+  char* PVTYPE;
+  char* IREP;
+  char* ICAT;
+  int32_t ABPP;
+  char* PJUST;
+  char* ICORDS;
+  char* IGEOLO;
+  uint32_t NICOM;
+  char** ICOM;
+  char* IC;
+  char* COMRAT;
+  uint32_t NBANDS;
+  uint32_t XBANDS;
+  char** IREPBAND;
+  char** ISUBCAT;
+  char** IFC;
+  char** IMFLT;
+  int32_t ISYNC;
+  char* IMODE;
+  int32_t NBPR;
+  uint32_t NBPC;
+  uint32_t NPPBH;
+  uint32_t NPPBV;
+  uint32_t NBPP;
+  uint32_t IDLVL;
+  uint32_t IALVL;
+  int32_t ILOC_COLUMN;
+  int32_t ILOC_ROW;
+  char* IMAG;
+  uint32_t UDIDL;
+  int32_t UDOFL;
+  char* UDID;
+  uint32_t IXSHDL;
+  int32_t IXSOFL;
+  uint8_t* IXSHD;
+  uint32_t IMDATOFF;
+  uint16_t BMRLNTH;
+  uint16_t TMRLNTH;
+  uint16_t TPXCDLNTH; /* in bits */
+  uint8_t* TPXCD;
+} NitfImageHeaderInfo;
+
+/*
+ * A graphic subheader. Tavi_NITFGetGraphicHeader fills all fields. SXSHD has SXSHDL bytes: the stored ones
+ * first, zeros behind. The halves of the locations are signed numbers in unsigned fields.
+ */
+typedef struct NitfGraphicHeaderInfo {
+  char* SY;
+  char* SID;
+  char* SNAME;
+  char* SSCLAS;
+  char* SSCLSY;
+  char* SSCODE;
+  char* SSCTLH;
+  char* SSREL;
+  char* SSDCTP;
+  char SSDCDT[8];
+  char* SSDCXM;
+  char* SSDG;
+  char SSDGDT[8];
+  char* SSCLTX;
+  char* SSCATP;
+  char* SSCAUT;
+  char* SSCRSN;
+  char SSSRDT[8];
+  char* SSCTLN;
+  uint32_t ENCRYP;
+  char* SFMT;
+  int32_t SSTRUCT;
+  uint32_t SDLVL;
+  uint32_t SALVL;
+  uint32_t SLOC_COLUMN;
+  uint32_t SLOC_ROW;
+  uint32_t SBND1_FIRST;
+  uint32_t SBND1_SECOND;
+  char* SCOLOR;
+  uint32_t SBND2_FIRST;
+  uint32_t SBND2_SECOND;
+  uint32_t SRES2;
+  uint32_t SXSHDL;
+  uint32_t SXSOFL;
+  uint8_t* SXSHD;
+} NitfGraphicHeaderInfo;
+
+/* A text subheader. Tavi_NITFGetTextHeader fills all fields. TXSHD has TXSHDL - 3 bytes when TXSHDL is 4 or
+ * more. */
+typedef struct NitfTextHeaderInfo {
+  char* TE;
+  char* TEXTID;
+  uint32_t TXTALVL;
+  char TXTDT[14];
+  char* TXTITL;
+  char* TSCLAS;
+  char* TSCLSY;
+  char* TSCODE;
+  char* TSCTLH;
+  char* TSREL;
+  char* TSDCTP;
+  char TSDCDT[8];
+  char* TSDCXM;
+  char* TSDG;
+  char TSDGDT[8];
+  char* TSCLTX;
+  char* TSCATP;
+  char* TSCAUT;
+  char* TSCRSN;
+  char TSSRDT[8];
+  char* TSCTLN;
+  uint32_t ENCRYP;
+  char* TXTFMT;
+  uint32_t TXSHDL;
+  int32_t TXSOFL;
+  uint8_t* TXSHD;
+} NitfTextHeaderInfo;
+#pragma pack(pop)
+
+/* The records in 64-bit programs: eight bytes for each pointer, no gaps. */
+TAVI_STATIC_ASSERT(sizeof(void*) == 8);
+TAVI_STATIC_ASSERT(sizeof(NitfHeaderInfo) == 31 * 8 + 16 * 4 + 4 + 8 * 3 + 14 + 4);
+TAVI_STATIC_ASSERT(sizeof(NitfImageHeaderInfo) == 36 * 8 + 14 + 3 * 8 + 22 * 4 + 3 * 2);
+TAVI_STATIC_ASSERT(sizeof(NitfGraphicHeaderInfo) == 19 * 8 + 3 * 8 + 13 * 4);
+TAVI_STATIC_ASSERT(sizeof(NitfTextHeaderInfo) == 18 * 8 + 14 + 3 * 8 + 4 * 4);
+
+/* Returned by the header getters and by Tavi_NITFGetTextSegment for an index at or beyond the list, and by
+   most of them for a null record. It is part of the interface and no status of TaviStatus.h. */
+enum { TAVI_BAD_INDEX = 87 };
+
+/* The number of segments that have a subheader; 0 for a null handle. */
+TAVI_NITF_API int32_t Tavi_NITFGetImageHeaderCount(NitfHandle handle);
+TAVI_NITF_API int32_t Tavi_NITFGetGraphicHeaderCount(NitfHandle handle);
+TAVI_NITF_API int32_t Tavi_NITFGetTextHeaderCount(NitfHandle handle);
+
+/*
+ * Fill a zeroed record with copies of a header; see the records for what each fills.
+ * Results: SUCCESS; 0 for a null handle; TAVI_BAD_INDEX for a null record (ERR_INVALID_PARAMETER in the image
+ * getter) and for an index at or beyond the list; ERR_NO_MEMORY, and then the record may be filled in part
+ * and must be freed as well. In the graphic and image records the first half of a location is the row; it
+ * stands second in the record.
+ */
+TAVI_NITF_API int32_t Tavi_NITFGetNITFHeader(NitfHandle handle, NitfHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFGetImageHeader(NitfHandle handle, uint32_t index, NitfImageHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFGetGraphicHeader(NitfHandle handle, uint32_t index,
+                                                NitfGraphicHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFGetTextHeader(NitfHandle handle, uint32_t index, NitfTextHeaderInfo* record);
+
+/*
+ * Free what a record points to and set each pointer to null; numbers and dates stay. Harmless for a zeroed
+ * record and when run again. ICOM is freed by the record's NICOM and the band lists by its NBANDS, so neither
+ * may be changed in between. SUCCESS; ERR_NULL_ARGUMENT for a null record.
+ */
+TAVI_NITF_API int32_t Tavi_NITFFreeNITFHeader(NitfHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFFreeImageHeader(NitfImageHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFFreeGraphicHeader(NitfGraphicHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFFreeTextHeader(NitfTextHeaderInfo* record);
+
+/*
+ * The text of a text segment. A call with a null buffer yields the size in bytes alone; the buffer must have
+ * that size plus one byte for the terminator. `size` may be null. Results: SUCCESS; TAVI_BAD_INDEX for a null
+ * handle and for an index at or beyond the texts; ERR_FILE_READ when the file ends inside the text.
+ */
+TAVI_NITF_API int32_t Tavi_NITFGetTextSegment(NitfHandle handle, uint32_t index, uint8_t* buffer,
+                                              uint32_t* size);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -53,9 +53,18 @@ constexpr Color8 Narrow(Color16 color) {
                     static_cast<uint32_t>(color >> 40 & 0xFF));
 }
 
-// From the 0x00BBGGRR of the interface.
-constexpr Color8 FromInterface(uint32_t color) {
+// Red and blue in each other's place.
+constexpr Color8 Exchanged(Color8 color) {
   return MakeColor8(color >> 16 & 0xFF, color >> 8 & 0xFF, color & 0xFF);
+}
+
+constexpr Color16 Exchanged(Color16 color) {
+  return MakeColor16(color >> 32 & 0xFFFF, color >> 16 & 0xFFFF, color & 0xFFFF);
+}
+
+// From the 0x00BBGGRR of the interface, which has them the other way round.
+constexpr Color8 FromInterface(uint32_t color) {
+  return Exchanged(color);
 }
 
 inline Color8 FromEntry(const HostPaletteEntry& entry) {

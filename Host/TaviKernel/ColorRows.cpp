@@ -1,6 +1,7 @@
 #include "TaviKernel/ColorRows.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "TaviKernel/BitCopy.h"
@@ -40,12 +41,34 @@ void Store12(uint8_t* row, uint32_t x, uint32_t value) {
   }
 }
 
-constexpr Color8 Exchanged(Color8 color) {
-  return MakeColor8(color >> 16 & 0xFF, color >> 8 & 0xFF, color & 0xFF);
+// Eight pixels of one bit as eight bytes of 0 or 1, the most significant bit first.
+void UnpackByte(uint32_t byte, uint8_t* indices) {
+  for (uint32_t i = 0; i < 8; ++i) indices[i] = static_cast<uint8_t>(byte >> (7 - i) & 1);
 }
 
-constexpr Color16 Exchanged(Color16 color) {
-  return MakeColor16(color >> 32 & 0xFFFF, color >> 16 & 0xFFFF, color & 0xFFFF);
+// One pixel of 24 bits from its bytes and the one behind them.
+uint32_t Load24(const uint8_t* bytes) {
+  uint32_t value;
+  std::memcpy(&value, bytes, sizeof value);
+  return value & 0xFFFFFF;
+}
+
+void Store24(uint8_t* bytes, Color8 color) {
+  bytes[0] = static_cast<uint8_t>(color);
+  bytes[1] = static_cast<uint8_t>(color >> 8);
+  bytes[2] = static_cast<uint8_t>(color >> 16);
+}
+
+// Calls `put` for each pixel that is kept.
+template <typename Put>
+void ForKept(uint32_t count, const uint8_t* keep, Put&& put) {
+  if (keep == nullptr) {
+    for (uint32_t i = 0; i < count; ++i) put(i);
+  } else {
+    for (uint32_t i = 0; i < count; ++i) {
+      if (keep[i] != 0) put(i);
+    }
+  }
 }
 
 }  // namespace
@@ -55,27 +78,38 @@ void UnpackIndices(const uint8_t* row, uint32_t bits, uint32_t x, uint32_t count
     std::memcpy(indices, row + x, count);
     return;
   }
-  if (8 % bits == 0) {
-    const uint32_t mask = (1u << bits) - 1;
-    const uint64_t first = uint64_t{x} * bits;
-    for (uint32_t i = 0; i < count; ++i) {
-      const uint64_t bit = first + uint64_t{i} * bits;
-      indices[i] = static_cast<uint8_t>(row[bit / 8] >> (8 - bits - bit % 8) & mask);
-    }
-    return;
+  uint32_t i = 0;
+  if (bits == 1) {
+    for (; i < count && (x + i) % 8 != 0; ++i) indices[i] = row[(x + i) / 8] >> (7 - (x + i) % 8) & 1;
+    for (; i + 8 <= count; i += 8) UnpackByte(row[(x + i) / 8], indices + i);
   }
-  for (uint32_t i = 0; i < count; ++i) {
+  for (; i < count; ++i) {
     indices[i] = 0;
     CopyBits(BitOrder::kMostFirst, &indices[i], 8 - bits, row, (uint64_t{x} + i) * bits, bits);
   }
 }
 
-void PackIndex(uint8_t* row, uint32_t bits, uint32_t x, uint8_t index) noexcept {
+void PackIndices(uint8_t* row, uint32_t bits, uint32_t x, uint32_t count, const uint8_t* indices,
+                 const uint8_t* keep) noexcept {
   if (bits == 8) {
-    row[x] = index;
-  } else {
-    CopyBits(BitOrder::kMostFirst, row, uint64_t{x} * bits, &index, 8 - bits, bits);
+    ForKept(count, keep, [&](uint32_t i) { row[x + i] = indices[i]; });
+    return;
   }
+  ForKept(count, keep, [&](uint32_t i) {
+    CopyBits(BitOrder::kMostFirst, row, (uint64_t{x} + i) * bits, &indices[i], 8 - bits, bits);
+  });
+}
+
+void CopyHighBytes12(const uint8_t* row, uint32_t x, uint32_t count, uint8_t* bytes) noexcept {
+  uint32_t i = 0;
+  if (x % 2 != 0 && count != 0) bytes[i++] = static_cast<uint8_t>(Load12(row, x) >> 4);
+  const uint8_t* const at = row + uint64_t{x + i} / 2 * 3;
+  uint64_t pair = 0;
+  for (; i + 2 <= count; i += 2, ++pair) {
+    bytes[i] = static_cast<uint8_t>(at[3 * pair] >> 4 | at[3 * pair + 1] << 4);
+    bytes[i + 1] = at[3 * pair + 2];
+  }
+  if (i < count) bytes[i] = static_cast<uint8_t>(Load12(row, x + i) >> 4);
 }
 
 // A picture of 12 or 16 bits with a palette may mix colours and deeper greys: it counts as deep.
@@ -106,11 +140,16 @@ void RowReader::ReadShallow(const uint8_t* row, uint32_t x, uint32_t count, Colo
   const uint32_t size = view_.bits / 8;
   const uint8_t* const first = row + uint64_t{x} * size;
   if (size == 3) {
-    for (uint32_t i = 0; i < count; ++i)
-      colors[i] = MakeColor8(first[3 * i], first[3 * i + 1], first[3 * i + 2]);
+    uint64_t i = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+      // The last pixel may have nothing behind it.
+      for (; i + 1 < count; ++i) colors[i] = Load24(first + 3 * i);
+    }
+    for (; i < count; ++i) colors[i] = MakeColor8(first[3 * i], first[3 * i + 1], first[3 * i + 2]);
   } else {
-    for (uint32_t i = 0; i < count; ++i)
+    for (uint64_t i = 0; i < count; ++i) {
       colors[i] = MakeColor8(first[4 * i], first[4 * i + 1], first[4 * i + 2]);
+    }
   }
   if (!view_.red_first) return;
   for (uint32_t i = 0; i < count; ++i) colors[i] = Exchanged(colors[i]);
@@ -181,27 +220,44 @@ RowWriter::RowWriter(const PixelView& view) noexcept
     : view_(view),
       matcher_(view.palette, view.layout == Layout::kIndexed ? view.palette_count : 0, view.bits) {}
 
-void RowWriter::Put8(uint8_t* row, uint32_t x, Color8 color) noexcept {
-  if (view_.layout == Layout::kIndexed) {
-    PackIndex(row, view_.bits, x, matcher_.Match(color));
-    return;
+void RowWriter::WriteIndexed(uint8_t* row, uint32_t x, uint32_t count, const Color8* colors,
+                             const uint8_t* keep) noexcept {
+  uint8_t indices[kChunk];
+  for (uint32_t done = 0; done < count; done += kChunk) {
+    const uint32_t step = std::min(kChunk, count - done);
+    for (uint32_t i = 0; i < step; ++i) indices[i] = matcher_.Match(colors[done + i]);
+    PackIndices(row, view_.bits, x + done, step, indices, keep != nullptr ? keep + done : nullptr);
   }
-  const uint64_t size = view_.bits / 8;
-  if (view_.red_first) color = Exchanged(color);
-  uint8_t* const at = row + x * size;
-  at[0] = static_cast<uint8_t>(color);
-  at[1] = static_cast<uint8_t>(color >> 8);
-  at[2] = static_cast<uint8_t>(color >> 16);
-  if (size == 4) at[3] = 0;
 }
 
-void RowWriter::Put16(uint8_t* row, uint32_t x, Color16 color) noexcept {
+void RowWriter::WriteShallow(uint8_t* row, uint32_t x, uint32_t count, const Color8* colors,
+                             const uint8_t* keep) noexcept {
+  const bool exchange = view_.red_first;
+  const auto color = [&](uint32_t i) { return exchange ? Exchanged(colors[i]) : colors[i]; };
+  if (view_.layout == Layout::kIndexed) {
+    WriteIndexed(row, x, count, colors, keep);
+  } else if (view_.layout == Layout::kColor24) {
+    uint8_t* const first = row + uint64_t{x} * 3;
+    ForKept(count, keep, [&](uint32_t i) { Store24(first + uint64_t{3} * i, color(i)); });
+  } else {
+    uint8_t* const first = row + uint64_t{x} * 4;
+    ForKept(count, keep, [&](uint32_t i) {
+      Store24(first + uint64_t{4} * i, color(i));
+      first[uint64_t{4} * i + 3] = 0;
+    });
+  }
+}
+
+void RowWriter::PutDeep(uint8_t* row, uint32_t x, Color16 color) noexcept {
   if (view_.layout == Layout::kGrey12) {
     Store12(row, x, Luminance16(color) >> 4);
     return;
   }
   if (view_.layout == Layout::kGrey16) {
-    Store16(row + uint64_t{x} * 2, Luminance16(color));
+    const uint32_t level = Luminance16(color);
+    const bool big = view_.sample_order == SampleOrder::kBigEndian;
+    row[uint64_t{x} * 2] = static_cast<uint8_t>(big ? level >> 8 : level);
+    row[uint64_t{x} * 2 + 1] = static_cast<uint8_t>(big ? level : level >> 8);
     return;
   }
   if (view_.red_first) color = Exchanged(color);
@@ -215,27 +271,24 @@ void RowWriter::Put16(uint8_t* row, uint32_t x, Color16 color) noexcept {
 
 void RowWriter::Write8(uint8_t* row, uint32_t x, uint32_t count, const Color8* colors,
                        const uint8_t* keep) noexcept {
-  const bool deep = IsDeep(view_.layout);
-  for (uint32_t i = 0; i < count; ++i) {
-    if (keep != nullptr && keep[i] == 0) continue;
-    if (deep) {
-      Put16(row, x + i, Widen(colors[i]));
-    } else {
-      Put8(row, x + i, colors[i]);
-    }
+  if (IsDeep(view_.layout)) {
+    ForKept(count, keep, [&](uint32_t i) { PutDeep(row, x + i, Widen(colors[i])); });
+  } else {
+    WriteShallow(row, x, count, colors, keep);
   }
 }
 
 void RowWriter::Write16(uint8_t* row, uint32_t x, uint32_t count, const Color16* colors,
                         const uint8_t* keep) noexcept {
-  const bool deep = IsDeep(view_.layout);
-  for (uint32_t i = 0; i < count; ++i) {
-    if (keep != nullptr && keep[i] == 0) continue;
-    if (deep) {
-      Put16(row, x + i, colors[i]);
-    } else {
-      Put8(row, x + i, Narrow(colors[i]));
-    }
+  if (IsDeep(view_.layout)) {
+    ForKept(count, keep, [&](uint32_t i) { PutDeep(row, x + i, colors[i]); });
+    return;
+  }
+  Color8 shallow[kChunk];
+  for (uint32_t done = 0; done < count; done += kChunk) {
+    const uint32_t step = std::min(kChunk, count - done);
+    for (uint32_t i = 0; i < step; ++i) shallow[i] = Narrow(colors[done + i]);
+    WriteShallow(row, x + done, step, shallow, keep != nullptr ? keep + done : nullptr);
   }
 }
 

@@ -19,7 +19,11 @@ inline bool IsDeep(Layout layout) {
 
 // Palette indices of pixels of up to 8 bits.
 void UnpackIndices(const uint8_t* row, uint32_t bits, uint32_t x, uint32_t count, uint8_t* indices) noexcept;
-void PackIndex(uint8_t* row, uint32_t bits, uint32_t x, uint8_t index) noexcept;
+// With `keep`, only the pixels whose byte in it is not 0 are written.
+void PackIndices(uint8_t* row, uint32_t bits, uint32_t x, uint32_t count, const uint8_t* indices,
+                 const uint8_t* keep) noexcept;
+// The upper eight bits of 12-bit samples.
+void CopyHighBytes12(const uint8_t* row, uint32_t x, uint32_t count, uint8_t* bytes) noexcept;
 
 class RowReader {
  public:
@@ -59,8 +63,11 @@ class RowWriter {
   void Write16(uint8_t* row, uint32_t x, uint32_t count, const Color16* colors, const uint8_t* keep) noexcept;
 
  private:
-  void Put8(uint8_t* row, uint32_t x, Color8 color) noexcept;
-  void Put16(uint8_t* row, uint32_t x, Color16 color) noexcept;
+  void WriteIndexed(uint8_t* row, uint32_t x, uint32_t count, const Color8* colors,
+                    const uint8_t* keep) noexcept;
+  void WriteShallow(uint8_t* row, uint32_t x, uint32_t count, const Color8* colors,
+                    const uint8_t* keep) noexcept;
+  void PutDeep(uint8_t* row, uint32_t x, Color16 color) noexcept;
 
   PixelView view_;
   PaletteMatcher matcher_;

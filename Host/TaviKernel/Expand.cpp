@@ -3,23 +3,80 @@
 #include <bit>
 #include <cstring>
 
-namespace tavi::host {
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <tmmintrin.h>
+#define TAVI_HAS_SHUFFLE 1
+#else
+#define TAVI_HAS_SHUFFLE 0
+#endif
 
-void ExpandTo24(const uint8_t* indices, uint64_t count, const uint32_t* table, uint8_t* out) noexcept {
+namespace tavi::host {
+namespace {
+
+#if TAVI_HAS_SHUFFLE
+
+// Sixteen bytes become 48. Returns how many bytes it has dealt with.
+__attribute__((target("ssse3"))) uint64_t RepeatShuffled(const uint8_t* bytes, uint64_t count, uint8_t* out) {
+  const __m128i first = _mm_setr_epi8(0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5);
+  const __m128i second = _mm_setr_epi8(5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10);
+  const __m128i third = _mm_setr_epi8(10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15, 15);
+  uint64_t i = 0;
+  for (; i + 16 <= count; i += 16) {
+    const __m128i in = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+    auto* const target = reinterpret_cast<__m128i*>(out + 3 * i);
+    _mm_storeu_si128(target, _mm_shuffle_epi8(in, first));
+    _mm_storeu_si128(target + 1, _mm_shuffle_epi8(in, second));
+    _mm_storeu_si128(target + 2, _mm_shuffle_epi8(in, third));
+  }
+  return i;
+}
+
+uint64_t Repeat(const uint8_t* bytes, uint64_t count, uint8_t* out) {
+  static const bool has_shuffle = __builtin_cpu_supports("ssse3") != 0;
+  return has_shuffle ? RepeatShuffled(bytes, count, out) : 0;
+}
+
+#else
+
+uint64_t Repeat(const uint8_t*, uint64_t, uint8_t*) {
+  return 0;
+}
+
+#endif
+
+void Store(uint8_t* out, uint64_t word) {
+  std::memcpy(out, &word, sizeof word);
+}
+
+}  // namespace
+
+Expansion::Expansion(const std::array<Color8, 256>& colors) : repeats_(true) {
+  for (uint32_t i = 0; i < 256; ++i) {
+    colors_[i] = colors[i];
+    repeats_ = repeats_ && colors[i] == MakeColor8(i, i, i);
+  }
+}
+
+void Expansion::Apply(const uint8_t* indices, uint64_t count, uint8_t* out) const noexcept {
+  const uint64_t done = repeats_ ? Repeat(indices, count, out) : 0;
+  ApplyTable(indices + done, count - done, out + 3 * done);
+}
+
+void Expansion::ApplyTable(const uint8_t* indices, uint64_t count, uint8_t* out) const noexcept {
   uint64_t i = 0;
   if constexpr (std::endian::native == std::endian::little) {
-    // Four pixels are three words.
-    for (; i + 4 <= count; i += 4) {
-      const uint32_t a = table[indices[i]];
-      const uint32_t b = table[indices[i + 1]];
-      const uint32_t c = table[indices[i + 2]];
-      const uint32_t d = table[indices[i + 3]];
-      const uint32_t words[3] = {a | b << 24, b >> 8 | c << 16, c >> 16 | d << 8};
-      std::memcpy(out + 3 * i, words, sizeof words);
+    // Eight pixels are three words.
+    for (; i + 8 <= count; i += 8) {
+      const uint8_t* const at = indices + i;
+      const uint64_t third = colors_[at[2]];
+      const uint64_t sixth = colors_[at[5]];
+      Store(out + 3 * i, colors_[at[0]] | colors_[at[1]] << 24 | third << 48);
+      Store(out + 3 * i + 8, third >> 16 | colors_[at[3]] << 8 | colors_[at[4]] << 32 | sixth << 56);
+      Store(out + 3 * i + 16, sixth >> 8 | colors_[at[6]] << 16 | colors_[at[7]] << 40);
     }
   }
   for (; i < count; ++i) {
-    const uint32_t color = table[indices[i]];
+    const uint64_t color = colors_[indices[i]];
     out[3 * i] = static_cast<uint8_t>(color);
     out[3 * i + 1] = static_cast<uint8_t>(color >> 8);
     out[3 * i + 2] = static_cast<uint8_t>(color >> 16);

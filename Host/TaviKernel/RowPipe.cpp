@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "TaviKernel/BitCopy.h"
-#include "TaviKernel/Expand.h"
 
 namespace tavi::host {
 namespace {
@@ -62,7 +61,8 @@ RowPipe::Path RowPipe::ChoosePath() const noexcept {
   if (has_key_) return by_color;
   if (SameBytes()) return Path::kCopy;
   const bool indexed = source_.layout == Layout::kIndexed;
-  const bool plain_grey = source_.layout == Layout::kGrey16 && source_.palette_count == 0;
+  const bool grey = source_.layout == Layout::kGrey12 || source_.layout == Layout::kGrey16;
+  const bool plain_grey = grey && source_.palette_count == 0;
   if (destination_.layout == Layout::kColor24 && (indexed || plain_grey)) return Path::kExpand;
   if (destination_.layout == Layout::kIndexed && indexed) return Path::kTranslate;
   return by_color;
@@ -73,10 +73,12 @@ void RowPipe::PrepareTables() noexcept {
     PaletteMatcher matcher(destination_.palette, destination_.palette_count, destination_.bits);
     for (uint32_t i = 0; i < source_.palette_count; ++i) translation_[i] = matcher.Match(reader_.colors()[i]);
   } else if (path_ == Path::kExpand) {
+    std::array<Color8, kPaletteEntries> colors{};
     for (uint32_t i = 0; i < kPaletteEntries; ++i) {
-      const Color8 color = source_.layout == Layout::kGrey16 ? MakeColor8(i, i, i) : reader_.colors()[i];
-      expansion_[i] = destination_.red_first ? Narrow(Widen(FromInterface(color))) : color;
+      const Color8 color = source_.layout == Layout::kIndexed ? reader_.colors()[i] : MakeColor8(i, i, i);
+      colors[i] = destination_.red_first ? Exchanged(color) : color;
     }
+    expansion_ = Expansion(colors);
   }
 }
 
@@ -87,24 +89,32 @@ void RowPipe::Copy(const uint8_t* source_row, uint8_t* destination_row, uint32_t
   CopyBits(order, destination_row, destination * bits, source_row, source * bits, count * bits);
 }
 
+// What a pixel is expanded by: its index, or the high byte of its grey.
+void RowPipe::HighBytes(const uint8_t* source_row, uint32_t x, uint32_t count,
+                        uint8_t* bytes) const noexcept {
+  if (source_.layout == Layout::kIndexed) {
+    UnpackIndices(source_row, source_.bits, x, count, bytes);
+  } else if (source_.layout == Layout::kGrey16) {
+    const bool big = reader_.sample_order() == SampleOrder::kBigEndian;
+    const uint8_t* const high = source_row + uint64_t{x} * 2 + (big ? 0 : 1);
+    for (uint32_t i = 0; i < count; ++i) bytes[i] = high[2 * i];
+  } else {
+    CopyHighBytes12(source_row, x, count, bytes);
+  }
+}
+
 void RowPipe::Expand(const uint8_t* source_row, uint8_t* destination_row, uint32_t source,
                      uint32_t destination, uint32_t count) noexcept {
   uint8_t* const out = destination_row + uint64_t{destination} * 3;
   if (source_.bits == 8) {
-    ExpandTo24(source_row + source, count, expansion_.data(), out);
+    expansion_.Apply(source_row + source, count, out);
     return;
   }
-  uint8_t indices[kChunk];
+  uint8_t bytes[kChunk];
   for (uint32_t done = 0; done < count; done += kChunk) {
     const uint32_t step = std::min(kChunk, count - done);
-    if (source_.layout == Layout::kGrey16) {
-      const bool big = reader_.sample_order() == SampleOrder::kBigEndian;
-      const uint8_t* const high = source_row + (uint64_t{source} + done) * 2 + (big ? 0 : 1);
-      for (uint32_t i = 0; i < step; ++i) indices[i] = high[2 * i];
-    } else {
-      UnpackIndices(source_row, source_.bits, source + done, step, indices);
-    }
-    ExpandTo24(indices, step, expansion_.data(), out + uint64_t{done} * 3);
+    HighBytes(source_row, source + done, step, bytes);
+    expansion_.Apply(bytes, step, out + uint64_t{done} * 3);
   }
 }
 
@@ -114,10 +124,8 @@ void RowPipe::Translate(const uint8_t* source_row, uint8_t* destination_row, uin
   for (uint32_t done = 0; done < count; done += kChunk) {
     const uint32_t step = std::min(kChunk, count - done);
     UnpackIndices(source_row, source_.bits, source + done, step, indices);
-    const uint32_t x = destination + done;
-    for (uint32_t i = 0; i < step; ++i) {
-      PackIndex(destination_row, destination_.bits, x + i, translation_[indices[i]]);
-    }
+    for (uint32_t i = 0; i < step; ++i) indices[i] = translation_[indices[i]];
+    PackIndices(destination_row, destination_.bits, destination + done, step, indices, nullptr);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "TaviKernel/ColorRows.h"
+#include "TaviKernel/Expand.h"
 #include "TaviKernel/PixelView.h"
 
 namespace tavi::host {
@@ -35,6 +36,7 @@ class RowPipe {
                uint32_t count) noexcept;
   void Copy(const uint8_t* source_row, uint8_t* destination_row, uint32_t source, uint32_t destination,
             uint32_t count) noexcept;
+  void HighBytes(const uint8_t* source_row, uint32_t x, uint32_t count, uint8_t* bytes) const noexcept;
   void Expand(const uint8_t* source_row, uint8_t* destination_row, uint32_t source, uint32_t destination,
               uint32_t count) noexcept;
   void Translate(const uint8_t* source_row, uint8_t* destination_row, uint32_t source, uint32_t destination,
@@ -64,7 +66,7 @@ class RowPipe {
   bool has_key_;
   Color8 key_;
   Path path_;
-  std::array<Color8, kPaletteEntries> expansion_{};  // of kExpand: the three bytes of each index
+  Expansion expansion_;  // of kExpand
   std::array<uint8_t, kPaletteEntries>
       translation_{};  // of kTranslate: the destination's index for each index
 };

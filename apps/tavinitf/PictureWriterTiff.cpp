@@ -57,10 +57,7 @@ class TiffWriter : public PictureWriter {
 
   bool Begin(const PictureShape& shape) override {
     shape_ = shape;
-    // Messages go to standard error by default; the reason of a failure is taken from the output file
-    // instead.
-    TIFFSetErrorHandler(nullptr);
-    TIFFSetWarningHandler(nullptr);
+    SilenceLibrary();
     const uint64_t size = uint64_t{shape.width} * shape.channels * shape.height;
     tiff_ = TIFFClientOpen("picture", size >= kBigTiffFrom ? "w8" : "w", &file_, ReadBytes, WriteBytes, Seek,
                            CloseNothing, Size, nullptr, nullptr);

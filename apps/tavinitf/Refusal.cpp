@@ -164,7 +164,8 @@ std::string ExplainEarlyEnd(const NitfContents& contents) {
 std::string ExplainUnreadable(const std::string& path) {
   std::error_code error;
   const auto status = std::filesystem::status(path, error);
-  if (!std::filesystem::exists(status)) return error ? error.message() : "no such file";
+  if (status.type() == std::filesystem::file_type::not_found) return "no such file";
+  if (error) return error.message();
   if (std::filesystem::is_directory(status)) return "is a directory (only a regular file is accepted)";
   if (!std::filesystem::is_regular_file(status))
     return "is no regular file (only a regular file is accepted)";

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "TaviStatus.h"
+
 namespace tavinitf {
 namespace {
 
@@ -146,9 +148,13 @@ std::string Printable(const std::string& bytes) {
 
 NitfContents ReadContents(const std::string& path, const std::wstring& wide_path) {
   NitfContents contents;
-  std::error_code none;
-  const auto size = std::filesystem::file_size(path, none);
-  contents.file_size = none ? 0 : size;
+  std::error_code error;
+  if (std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found) {
+    contents.status = ERR_FILE_NOT_FOUND;
+    return contents;
+  }
+  const auto size = std::filesystem::file_size(path, error);
+  contents.file_size = error ? 0 : size;
   contents.status = tavi::InspectFile(wide_path.c_str(), Gather, &contents);
   PlaceSegments(contents);
   return contents;

@@ -108,12 +108,17 @@ TEST_F(Handles, ARefusedFileLeavesNoHandle) {
   EXPECT_EQ(handle, nullptr);
 }
 
+// Wide names go to the file system as UTF-8, whatever the locale.
 TEST_F(Handles, NamesOutsideAsciiOpen) {
-  const std::filesystem::path folder = directory() / std::filesystem::path(L"Stra\u00DFe \u6771\u4EAC");
+  const std::filesystem::path folder = directory() / u8"Stra\u00DFe \u6771\u4EAC";
   std::filesystem::create_directory(folder);
-  const std::wstring path = NtfBuilder{GreyImage(3, 2)}.Build().Write(folder, "file.ntf");
+  const tavi_test::Bytes bytes = NtfBuilder{GreyImage(3, 2)}.Build().bytes;
+  std::ofstream(folder / "file.ntf", std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  const std::wstring path = directory().wstring() + L"/Stra\u00DFe \u6771\u4EAC/file.ntf";
   const Document document(path.c_str());
   EXPECT_EQ(document.open, SUCCESS);
+  EXPECT_EQ(tavi_test::Info(path).info.width, 3U);
 }
 
 // The file stays open as long as its document; an empty document has none to close.

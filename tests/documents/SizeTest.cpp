@@ -28,8 +28,8 @@ ImageSpec Plain(uint32_t columns, uint32_t rows, uint8_t level) {
 }
 
 TEST_F(CompositeSize, OfNothing) {
-  EXPECT_EQ(Size(NtfBuilder()), (Extent{SUCCESS, 2048, 2048}));
   NtfBuilder extensions;
+  EXPECT_EQ(Size(extensions), (Extent{SUCCESS, 2048, 2048}));
   extensions.data_extensions.resize(1);
   extensions.reserved.resize(1);
   EXPECT_EQ(Size(extensions), (Extent{SUCCESS, 2048, 2048}));
@@ -70,8 +70,8 @@ TEST_F(CompositeSize, TextsAddNothingToImages) {
 TEST_F(CompositeSize, OfTheFixedCanvas) {
   const Extent fixed{SUCCESS, 2048, 2048};
   EXPECT_EQ(InfoSize(NtfBuilder{GreyImage(3, 2)}, TAVI_LOAD_FIXED_CANVAS), fixed);
-  EXPECT_EQ(InfoSize(NtfBuilder(), TAVI_LOAD_FIXED_CANVAS), fixed);
   NtfBuilder texts;
+  EXPECT_EQ(InfoSize(texts, TAVI_LOAD_FIXED_CANVAS), fixed);
   texts.texts.resize(1);
   EXPECT_EQ(InfoSize(texts, TAVI_LOAD_FIXED_CANVAS), fixed);
 }

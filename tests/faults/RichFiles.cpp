@@ -35,9 +35,11 @@ ImageSpec PaletteImage() {
   return image;
 }
 
-// Three bands in 2 x 2 blocks of 3 x 2 pixels.
+// Three bands in 2 x 2 blocks of 3 x 2 pixels. By row, blocks follow each other at the size of a bitmap of
+// theirs, whose rows are padded to four bytes.
 ImageSpec BlockedRgb(char mode) {
-  ImageSpec image = RgbImage(3, 2, mode, Pattern(size_t{6} * 4 * 3));
+  const size_t row = mode == 'R' ? 12 : 9;
+  ImageSpec image = RgbImage(3, 2, mode, Pattern(row * 2 * 4));
   image.Blocks(2, 2, 3, 2);
   return image;
 }

@@ -191,20 +191,21 @@ TEST_F(Samples, OfImagesOfOneLevelTheLastShows) {
   });
 }
 
-// Bilevel, 35 x 18 at row 10, column 100, behind a mask table of 15 bytes. Its palette is black and green and
-// its pad code 0: black is transparent and shows the background, whose three bytes are blanks.
+// Bilevel, 35 x 18 at row 100, column 100, behind a mask table of 15 bytes. Its palette is black and green
+// and its pad code 0: black is transparent and shows the background, whose three bytes are blanks.
 TEST_F(Samples, BilevelPictureWithPadCodeShowsTheBackground) {
   constexpr uint32_t kColumns = 35;
   constexpr uint32_t kRows = 18;
+  constexpr uint32_t kPlace = 100;
   constexpr size_t kMaskTable = 15;
   const std::vector<uint8_t> data = ImageData("i_3034f_geographic.ntf", 0);
   const Rgb background{0x20, 0x20, 0x20};
-  ExpectPixels(Load("i_3034f_geographic.ntf", 100 + kColumns, 10 + kRows), 100 + kColumns, 10 + kRows,
-               [&](uint32_t x, uint32_t y) {
-                 if (x < 100 || y < 10) {
+  ExpectPixels(Load("i_3034f_geographic.ntf", kPlace + kColumns, kPlace + kRows), kPlace + kColumns,
+               kPlace + kRows, [&](uint32_t x, uint32_t y) {
+                 if (x < kPlace || y < kPlace) {
                    return background;
                  }
-                 const size_t bit = size_t{y - 10} * kColumns + (x - 100);
+                 const size_t bit = size_t{y - kPlace} * kColumns + (x - kPlace);
                  const bool set = (data[kMaskTable + bit / 8] >> (7 - bit % 8) & 1) != 0;
                  return set ? Rgb{0, 255, 0} : background;
                });

@@ -61,14 +61,14 @@ struct BandSpec {
 struct MaskSpec {
   std::optional<std::vector<uint32_t>>
       block_offsets;  // BMR, completed with kAbsentBlock to blocks x bands entries
-  std::optional<std::vector<uint32_t>> pad_offsets;  // TMR, completed in the same way
-  Bytes pad_code;                                    // TPXCD
-  Bytes gap;                                         // bytes between the table and the pixels
-  bool exact_tables = false;                         // write the entries given and no more
-  std::optional<uint32_t> imdatoff;                  // in place of the table's true length
-  std::optional<uint16_t> bmrlnth;
-  std::optional<uint16_t> tmrlnth;
-  std::optional<uint16_t> tpxcdlnth;
+  std::optional<std::vector<uint32_t>> pad_offsets = {};  // TMR, completed in the same way
+  Bytes pad_code = {};                                    // TPXCD
+  Bytes gap = {};                                         // bytes between the table and the pixels
+  bool exact_tables = false;                              // write the entries given and no more
+  std::optional<uint32_t> imdatoff = {};                  // in place of the table's true length
+  std::optional<uint16_t> bmrlnth = {};
+  std::optional<uint16_t> tmrlnth = {};
+  std::optional<uint16_t> tpxcdlnth = {};
 };
 
 struct ImageSpec {
@@ -80,8 +80,8 @@ struct ImageSpec {
   uint32_t abpp = 8;
   uint32_t nbpp = 8;
   char pjust = 'R';
-  std::optional<std::string> igeolo;  // 60 characters; then ICORDS is "G" unless its text is set
-  std::vector<std::string> comments;
+  std::optional<std::string> igeolo = {};  // 60 characters; then ICORDS is "G" unless its text is set
+  std::vector<std::string> comments = {};
   std::string ic = "NC";
   std::string comrat = "01.0";  // written unless IC is NC or NM
   std::vector<BandSpec> bands = std::vector<BandSpec>(1);
@@ -96,11 +96,11 @@ struct ImageSpec {
   int32_t row = 0;  // ILOC
   int32_t column = 0;
   std::string imag = "1.0 ";
-  std::optional<Bytes> udid;   // when set, UDOFL and these bytes follow UDIDL
-  std::optional<Bytes> ixshd;  // likewise
-  MaskSpec mask;
-  Bytes pixels;  // everything behind the mask table
-  FieldTexts fields;
+  std::optional<Bytes> udid = {};   // when set, UDOFL and these bytes follow UDIDL
+  std::optional<Bytes> ixshd = {};  // likewise
+  MaskSpec mask = {};
+  Bytes pixels = {};  // everything behind the mask table
+  FieldTexts fields = {};
 
   [[nodiscard]] uint32_t BlockCount() const { return nbpr * nbpc; }
   [[nodiscard]] bool HasMaskTable() const;
@@ -134,10 +134,10 @@ struct GraphicSpec {
   int32_t bound1_column = 0;
   int32_t bound2_row = 0;
   int32_t bound2_column = 0;
-  std::vector<Bytes> lut_planes;  // 2.0 layout: none, one plane of one entry, or three planes
-  std::optional<Bytes> sxshd;
-  Bytes data;
-  FieldTexts fields;
+  std::vector<Bytes> lut_planes = {};  // 2.0 layout: none, one plane of one entry, or three planes
+  std::optional<Bytes> sxshd = {};
+  Bytes data = {};
+  FieldTexts fields = {};
 };
 
 struct LabelSpec {  // 2.0 layout only
@@ -147,30 +147,31 @@ struct LabelSpec {  // 2.0 layout only
   int32_t column = 0;
   Bytes ltc = {0, 0, 0};
   Bytes lbc = {255, 255, 255};
-  std::optional<Bytes> lxshd;
-  Bytes data;
-  FieldTexts fields;
+  std::optional<Bytes> lxshd = {};
+  Bytes data = {};
+  FieldTexts fields = {};
 };
 
 struct TextSpec {
   uint32_t txtalvl = 0;
   std::string txtfmt = "STA";
-  std::optional<Bytes> txshd;
-  Bytes data;
-  FieldTexts fields;
+  std::optional<Bytes> txshd = {};
+  Bytes data = {};
+  FieldTexts fields = {};
 };
 
 struct DataExtensionSpec {
   std::string desid = "TRE_OVERFLOW";
-  std::optional<bool> overflow_fields;  // DESOFLW and DESITEM; when unset, present for TRE_OVERFLOW alone
-  Bytes desshf;
-  Bytes data;
-  FieldTexts fields;
+  std::optional<bool> overflow_fields =
+      {};  // DESOFLW and DESITEM; when unset, present for TRE_OVERFLOW alone
+  Bytes desshf = {};
+  Bytes data = {};
+  FieldTexts fields = {};
 };
 
 struct ReservedSpec {
-  Bytes subheader;
-  Bytes data;
+  Bytes subheader = {};
+  Bytes data = {};
 };
 
 struct FieldPlace {

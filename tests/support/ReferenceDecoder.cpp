@@ -195,8 +195,8 @@ std::vector<Rgb> GreyRamp(uint32_t bits) {
   return ramp;
 }
 
-// A bitmap's own ramp, over which the first 255 entries of the fixed palette of the sample depth are put: its ramp,
-// and white behind it.
+// A bitmap's own ramp, over which the first 255 entries of the fixed palette of the sample depth are put: its
+// ramp, and white behind it.
 std::vector<Rgb> FixedPalette(uint32_t depth, uint32_t sample_bits) {
   std::vector<Rgb> palette = GreyRamp(depth);
   const std::vector<Rgb> ramp = GreyRamp(sample_bits);
@@ -238,13 +238,13 @@ SegmentBitmap CreateSegment(const ImageSpec& image) {
     return segment;
   }
   segment.rows = PackedRows(image.nppbh * image.nbpr, image.nppbv * image.nbpc, depth);
-  if (depth > 8) return segment;
-  segment.palette = FixedPalette(depth, std::min(8U, image.nbpp));
-  const std::vector<Rgb> lookup = LookupPalette(image);
-  if (!lookup.empty() && lookup.size() != segment.palette.size()) {
-    throw std::logic_error("what a palette of another size shows is the host's matter");
-  }
-  if (!lookup.empty()) segment.palette = lookup;
+  if (depth <= 8) segment.palette = FixedPalette(depth, std::min(8U, image.nbpp));
+  const std::vector<Rgb> lookup = depth <= 16 ? LookupPalette(image) : std::vector<Rgb>();
+  if (lookup.size() > 256) throw std::logic_error("a palette beyond 256 entries is the host's matter");
+  // Up to 8 bits the entries behind the table stay; deeper samples have the table's entries and are grey
+  // beyond.
+  if (segment.palette.size() < lookup.size() && depth > 8) segment.palette.resize(lookup.size());
+  std::copy_n(lookup.begin(), std::min(lookup.size(), segment.palette.size()), segment.palette.begin());
   return segment;
 }
 
@@ -253,6 +253,7 @@ Rgb SegmentBitmap::ColourAt(uint32_t x, uint32_t y) const {
   if (rows.bits <= 8) return palette.at(value);
   if (rows.bits == 12 || rows.bits == 16) {
     const uint64_t sample = rows.bits == 16 && !native_words ? (value >> 8 | (value & 0xFF) << 8) : value;
+    if (sample < palette.size()) return palette[sample];
     const uint8_t grey = FullScaleToByte(sample, (uint64_t{1} << rows.bits) - 1);
     return {grey, grey, grey};
   }

@@ -37,7 +37,7 @@ struct SegmentBitmap {
   int32_t status = 1;
   PackedRows rows;
   bool native_words = false;  // 16-bit samples were stretched and stand in native order
-  std::vector<Rgb> palette;   // 2^bits entries up to 8 bits
+  std::vector<Rgb> palette;   // 2^bits entries up to 8 bits; of a look-up table beyond
 
   [[nodiscard]] Rgb ColourAt(uint32_t x, uint32_t y) const;
 };

@@ -9,17 +9,20 @@ namespace {
 
 using namespace tavi_test;
 
-// Red, green, blue of pixel (x, y): 3x + y, x + 5y, 7x + 11y + 2, each modulo 256.
-Bytes ColorPixels(uint32_t columns, uint32_t rows) {
+// Red, green, blue of pixel (x, y): 3x + y, x + 5y, 7x + 11y + 2, each modulo 256. A plane of each, one after
+// another.
+ImageSpec ColorImage(uint32_t columns, uint32_t rows) {
   Bytes pixels;
-  for (uint32_t y = 0; y < rows; ++y) {
-    for (uint32_t x = 0; x < columns; ++x) {
-      pixels.push_back(static_cast<uint8_t>(3 * x + y));
-      pixels.push_back(static_cast<uint8_t>(x + 5 * y));
-      pixels.push_back(static_cast<uint8_t>(7 * x + 11 * y + 2));
+  const auto add_plane = [&](uint32_t across, uint32_t down, uint32_t start) {
+    for (uint32_t y = 0; y < rows; ++y) {
+      for (uint32_t x = 0; x < columns; ++x)
+        pixels.push_back(static_cast<uint8_t>(across * x + down * y + start));
     }
-  }
-  return pixels;
+  };
+  add_plane(3, 1, 0);
+  add_plane(1, 5, 0);
+  add_plane(7, 11, 2);
+  return RgbImage(columns, rows, 'B', pixels);
 }
 
 // Grey of pixel (x, y): 3x + 7y, modulo 256; no pixel of the small pictures here is 255.
@@ -32,7 +35,7 @@ Bytes GreyPixels(uint32_t columns, uint32_t rows) {
 }
 
 BuiltFile Color() {
-  return NtfBuilder{RgbImage(37, 23, 'P', ColorPixels(37, 23))}.Build();
+  return NtfBuilder{ColorImage(37, 23)}.Build();
 }
 BuiltFile Grey() {
   return NtfBuilder{GreyImage(29, 17, GreyPixels(29, 17))}.Build();
@@ -45,7 +48,7 @@ BuiltFile Dark() {
 // Every kind of segment, and two images of which one is masked.
 BuiltFile Mixed() {
   NtfBuilder file;
-  file.images.push_back(RgbImage(4, 3, 'P', ColorPixels(4, 3)));
+  file.images.push_back(ColorImage(4, 3));
   ImageSpec masked = GreyImage(4, 4, GreyPixels(4, 4));
   masked.ic = "NM";
   masked.mask.pad_code = {7};

@@ -28,7 +28,7 @@ class Info(ToolTest):
         (image,) = file["segments"]
         expected = {"kind": "image", "index": 0, "subheader_offset": 404,
                     "data_length": 37 * 23 * 3, "NROWS": "00000023", "NCOLS": "00000037", "PVTYPE": "INT",
-                    "IREP": "RGB", "ABPP": "08", "IC": "NC", "NBANDS": "3", "IMODE": "P", "NBPR": "0001",
+                    "IREP": "RGB", "ABPP": "08", "IC": "NC", "NBANDS": "3", "IMODE": "B", "NBPR": "0001",
                     "NBPC": "0001", "NPPBH": "0037", "NPPBV": "0023", "NBPP": "08", "IDLVL": "001", "IALVL": "000",
                     "ILOC": "0000000000", "bands": 3, "mask": False}
         self.assertEqual({key: image[key] for key in expected}, expected)
@@ -76,7 +76,7 @@ class Info(ToolTest):
         self.assertEqual(lines[1], f"  FL {size:012} HL 000404")
         self.assertEqual(lines[2], "  composite 37 x 23 pixels")
         self.assertEqual(lines[3], "  image 0: NROWS 00000023 NCOLS 00000037 PVTYPE INT IREP RGB ABPP 08 IC NC NBANDS 3 "
-                                   "IMODE P NBPR 0001 NBPC 0001 NPPBH 0037 NPPBV 0023 NBPP 08 IDLVL 001 IALVL 000 "
+                                   "IMODE B NBPR 0001 NBPC 0001 NPPBH 0037 NPPBV 0023 NBPP 08 IDLVL 001 IALVL 000 "
                                    "ILOC 0000000000 mask no")
         self.assertRegex(lines[4], r"^    subheader at 404, \d+ bytes; data at \d+, 2553 bytes$")
         self.assertEqual(len(lines), 5)

@@ -175,7 +175,7 @@ class Outputs(ToolTest):
         self.assertRegex(result.stderr, r"plain: not written: .+ \[ERR_FILE_WRITE -5\]\n$")
 
     def test_full_disk_is_reported_and_leaves_nothing(self):
-        limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+        limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (64, 64))
         for ending in ("png", "ppm", "bmp", "tif", "jpg"):
             with self.subTest(ending=ending):
                 target = self.folder / ("out." + ending)

@@ -1,0 +1,388 @@
+// The getters of the public header records, and the operations that free what they hand out.
+#include <algorithm>
+#include <cstdlib>
+
+#include "NitfFile.h"
+#include "PublicRecords.h"
+
+namespace tavi {
+
+TAVI_UNIT(L"Common/GetHeaders")
+
+namespace {
+
+constexpr int32_t kNoHandle = 0;  // what a getter returns for a null handle
+
+// ---- The records ----
+
+namespace file_header {
+using Record = NitfHeaderInfo;
+constexpr Member kMembers[] = {
+    MEMBER_TEXT(FHDR),     MEMBER_NUMBER(CLEVEL), MEMBER_TEXT(STYPE),   MEMBER_TEXT(OSTAID),
+    MEMBER_TEXT(FTITLE),   MEMBER_TEXT(FSCLAS),   MEMBER_TEXT(FSCLSY),  MEMBER_TEXT(FSCODE),
+    MEMBER_TEXT(FSCTLH),   MEMBER_TEXT(FSREL),    MEMBER_TEXT(FSDCTP),  MEMBER_TEXT(FSDCXM),
+    MEMBER_TEXT(FSDG),     MEMBER_TEXT(FSCLTX),   MEMBER_TEXT(FSCATP),  MEMBER_TEXT(FSCAUT),
+    MEMBER_TEXT(FSCRSN),   MEMBER_TEXT(FSCTLN),   MEMBER_TEXT(ONAME),   MEMBER_TEXT(OPHONE),
+    MEMBER_NUMBER(HL),     MEMBER_NUMBER(FL),     MEMBER_NUMBER(FSCOP), MEMBER_NUMBER(FSCPYS),
+    MEMBER_NUMBER(ENCRYP), MEMBER_NUMBER(NUMI),   MEMBER_OWNED(LISH),   MEMBER_OWNED(LI),
+    MEMBER_NUMBER(NUMS),   MEMBER_OWNED(LSSH),    MEMBER_OWNED(LS),     MEMBER_NUMBER(NUMT),
+    MEMBER_OWNED(LTSH),    MEMBER_OWNED(LT),      MEMBER_OWNED(LDSH),   MEMBER_OWNED(LD),
+    MEMBER_OWNED(LRESH),   MEMBER_OWNED(LRE),     MEMBER_OWNED(UDHD),   MEMBER_OWNED(XHD),
+    MEMBER_CHARS(FSSRDT),  MEMBER_CHARS(FSDGDT),  MEMBER_CHARS(FSDCDT), MEMBER_CHARS(FDT),
+};
+}  // namespace file_header
+
+namespace image {
+using Record = NitfImageHeaderInfo;
+constexpr Member kMembers[] = {
+    MEMBER_TEXT(IM),
+    MEMBER_TEXT(IID1),
+    MEMBER_CHARS(IDATIM),
+    MEMBER_TEXT(TGTID),
+    MEMBER_TEXT(IID2),
+    MEMBER_TEXT(ISCLAS),
+    MEMBER_TEXT(ISCLSY),
+    MEMBER_TEXT(ISCODE),
+    MEMBER_TEXT(ISCTLH),
+    MEMBER_TEXT(ISREL),
+    MEMBER_TEXT(ISDCTP),
+    MEMBER_CHARS(ISDCDT),
+    MEMBER_TEXT(ISDCXM),
+    MEMBER_TEXT(ISDG),
+    MEMBER_CHARS(ISDGDT),
+    MEMBER_TEXT(ISCLTX),
+    MEMBER_TEXT(ISCATP),
+    MEMBER_TEXT(ISCAUT),
+    MEMBER_TEXT(ISCRSN),
+    MEMBER_CHARS(ISSRDT),
+    MEMBER_TEXT(ISCTLN),
+    MEMBER_NUMBER(ENCRYP),
+    MEMBER_TEXT(ISORCE),
+    MEMBER_NUMBER(NROWS),
+    MEMBER_NUMBER(NCOLS),
+    MEMBER_TEXT(PVTYPE),
+    MEMBER_TEXT(IREP),
+    MEMBER_TEXT(ICAT),
+    MEMBER_NUMBER(ABPP),
+    MEMBER_TEXT(PJUST),
+    MEMBER_TEXT(ICORDS),
+    MEMBER_TEXT(IGEOLO),
+    MEMBER_NUMBER(NICOM),
+    MEMBER_OWNED(ICOM),
+    MEMBER_TEXT(IC),
+    MEMBER_TEXT(COMRAT),
+    MEMBER_NUMBER(NBANDS),
+    MEMBER_NUMBER(XBANDS),
+    MEMBER_BAND_LIST(IREPBAND),
+    MEMBER_BAND_LIST(ISUBCAT),
+    MEMBER_BAND_LIST(IFC),
+    MEMBER_BAND_LIST(IMFLT),
+    MEMBER_NUMBER(ISYNC),
+    MEMBER_TEXT(IMODE),
+    MEMBER_NUMBER(NBPR),
+    MEMBER_NUMBER(NBPC),
+    MEMBER_NUMBER(NPPBH),
+    MEMBER_NUMBER(NPPBV),
+    MEMBER_NUMBER(NBPP),
+    MEMBER_NUMBER(IDLVL),
+    MEMBER_NUMBER(IALVL),
+    MEMBER_HALF(ILOC_COLUMN, ILOC, 5),
+    MEMBER_HALF(ILOC_ROW, ILOC, 0),
+    MEMBER_TEXT(IMAG),
+    MEMBER_NUMBER(UDIDL),
+    MEMBER_NUMBER(UDOFL),
+    MEMBER_OWNED(UDID),
+    MEMBER_NUMBER(IXSHDL),
+    MEMBER_NUMBER(IXSOFL),
+    MEMBER_OWNED(IXSHD),
+    MEMBER_OWNED(TPXCD),
+};
+}  // namespace image
+
+namespace graphic {
+using Record = NitfGraphicHeaderInfo;
+constexpr Member kMembers[] = {
+    MEMBER_TEXT(SY),
+    MEMBER_TEXT(SID),
+    MEMBER_TEXT(SNAME),
+    MEMBER_TEXT(SSCLAS),
+    MEMBER_TEXT(SSCLSY),
+    MEMBER_TEXT(SSCODE),
+    MEMBER_TEXT(SSCTLH),
+    MEMBER_TEXT(SSREL),
+    MEMBER_TEXT(SSDCTP),
+    MEMBER_CHARS(SSDCDT),
+    MEMBER_TEXT(SSDCXM),
+    MEMBER_TEXT(SSDG),
+    MEMBER_CHARS(SSDGDT),
+    MEMBER_TEXT(SSCLTX),
+    MEMBER_TEXT(SSCATP),
+    MEMBER_TEXT(SSCAUT),
+    MEMBER_TEXT(SSCRSN),
+    MEMBER_CHARS(SSSRDT),
+    MEMBER_TEXT(SSCTLN),
+    MEMBER_NUMBER(ENCRYP),
+    MEMBER_TEXT(SFMT),
+    MEMBER_NUMBER(SSTRUCT),
+    MEMBER_NUMBER(SDLVL),
+    MEMBER_NUMBER(SALVL),
+    MEMBER_HALF(SLOC_COLUMN, SLOC, 5),
+    MEMBER_HALF(SLOC_ROW, SLOC, 0),
+    MEMBER_HALF(SBND1_FIRST, SBND1, 0),
+    MEMBER_HALF(SBND1_SECOND, SBND1, 5),
+    MEMBER_TEXT(SCOLOR),
+    MEMBER_HALF(SBND2_FIRST, SBND2, 0),
+    MEMBER_HALF(SBND2_SECOND, SBND2, 5),
+    MEMBER_NUMBER(SRES2),
+    MEMBER_NUMBER(SXSHDL),
+    MEMBER_NUMBER(SXSOFL),
+    MEMBER_OWNED(SXSHD),
+};
+}  // namespace graphic
+
+namespace text {
+using Record = NitfTextHeaderInfo;
+constexpr Member kMembers[] = {
+    MEMBER_TEXT(TE),       MEMBER_TEXT(TEXTID),   MEMBER_NUMBER(TXTALVL), MEMBER_CHARS(TXTDT),
+    MEMBER_TEXT(TXTITL),   MEMBER_TEXT(TSCLAS),   MEMBER_TEXT(TSCLSY),    MEMBER_TEXT(TSCODE),
+    MEMBER_TEXT(TSCTLH),   MEMBER_TEXT(TSREL),    MEMBER_TEXT(TSDCTP),    MEMBER_CHARS(TSDCDT),
+    MEMBER_TEXT(TSDCXM),   MEMBER_TEXT(TSDG),     MEMBER_CHARS(TSDGDT),   MEMBER_TEXT(TSCLTX),
+    MEMBER_TEXT(TSCATP),   MEMBER_TEXT(TSCAUT),   MEMBER_TEXT(TSCRSN),    MEMBER_CHARS(TSSRDT),
+    MEMBER_TEXT(TSCTLN),   MEMBER_NUMBER(ENCRYP), MEMBER_TEXT(TXTFMT),    MEMBER_NUMBER(TXSHDL),
+    MEMBER_NUMBER(TXSOFL), MEMBER_OWNED(TXSHD),
+};
+}  // namespace text
+
+// ---- What is filled by a rule of its own ----
+
+template <class Value>
+Value* Allocate(uint64_t count) {
+  return static_cast<Value*>(HostAllocMem(count, sizeof(Value), Here().line, Here().unit));
+}
+
+// Puts a block of `size` bytes into the record: as many stored bytes as there are, zeros behind.
+// ERR_NO_MEMORY.
+int32_t CopyBlock(uint8_t*& out, const HostArray<uint8_t>& stored, uint64_t size) {
+  out = Allocate<uint8_t>(size);
+  if (out == nullptr) return ERR_NO_MEMORY;
+  if (stored.exists()) std::memcpy(out, stored.data(), std::min(size, stored.size() - 1));
+  return SUCCESS;
+}
+
+// A list of the record, as long as the count's text says; entries past the header's number are 0. Lengths
+// that exceed a signed number come out as the largest one.
+int32_t CopyLengths(uint32_t*& out, const LengthList& list, uint32_t in_header, int32_t count) {
+  const auto entries = static_cast<uint32_t>(std::max(count, 0));
+  uint32_t* copy = Allocate<uint32_t>(entries);
+  out = copy;
+  if (copy == nullptr) return ERR_NO_MEMORY;
+  for (uint32_t i = 0; i < entries && i < in_header; ++i) copy[i] = std::min<uint32_t>(list.At(i), INT32_MAX);
+  return SUCCESS;
+}
+
+// Fields of a byte-packed record have no address to bind to: a value is made beside it and stored.
+template <class Pointer, class Make>
+int32_t FillPointer(void* record, uint16_t offset, Make make) {
+  Pointer made = nullptr;
+  const int32_t status = make(made);
+  SetMember(record, offset, made);
+  return status;
+}
+
+#define FILL(NAME, ...) \
+  FillPointer<decltype(Record::NAME)>(record, offsetof(Record, NAME), [&](auto& made) { return __VA_ARGS__; })
+
+int32_t FillLengthLists(NitfHeaderInfo* record, const NtfHdr& h) {
+  using Record = NitfHeaderInfo;
+  const int32_t images = NumberOf(h.Text.NUMI);
+  const int32_t graphics = NumberOf(h.Text.NUMS);
+  const int32_t texts = NumberOf(h.Text.NUMT);
+  const int32_t results[] = {
+      FILL(LISH, CopyLengths(made, h.LishRead, h.NumImages, images)),
+      FILL(LI, CopyLengths(made, h.LiRead, h.NumImages, images)),
+      FILL(LSSH, CopyLengths(made, h.LsshRead, h.NumGraphics, graphics)),
+      FILL(LS, CopyLengths(made, h.LsRead, h.NumGraphics, graphics)),
+      FILL(LTSH, CopyLengths(made, h.LtshList, h.NumTexts, texts)),
+      FILL(LT, CopyLengths(made, h.LtRead, h.NumTexts, texts)),
+  };
+  return *std::min_element(std::begin(results), std::end(results));
+}
+
+// Comments past the stored ones are copied as empty texts.
+int32_t CopyComments(char**& out, const ImSubHdr& source) {
+  const auto count = static_cast<uint32_t>(std::max(NumberOf(source.Text.NICOM), 0));
+  if (count == 0) return SUCCESS;
+  char** list = Allocate<char*>(count);
+  out = list;
+  if (list == nullptr) return ERR_NO_MEMORY;
+  for (uint32_t i = 0; i < count; ++i) {
+    list[i] =
+        i < source.Comments.size() ? CopyFieldString(source.Comments.At(i), 80) : CopyFieldString("", 1);
+    if (list[i] == nullptr) return ERR_NO_MEMORY;
+  }
+  return SUCCESS;
+}
+
+int32_t CopyUserData(char*& out, const ImSubHdr& source) {
+  const auto* stored = reinterpret_cast<const char*>(source.UserTre.data());
+  out = stored != nullptr ? CopyFieldString(stored, source.UserTre.size()) : CopyFieldString("", 1);
+  return out != nullptr ? SUCCESS : ERR_NO_MEMORY;
+}
+
+int32_t FillImageBlocks(NitfImageHeaderInfo* record, const ImSubHdr& source) {
+  using Record = NitfImageHeaderInfo;
+  int32_t status = FILL(ICOM, CopyComments(made, source));
+  if (status == SUCCESS && NumberOf(source.Text.UDIDL) != 0) status = FILL(UDID, CopyUserData(made, source));
+  const int32_t extended = NumberOf(source.Text.IXSHDL);
+  if (status == SUCCESS && extended > 0) {
+    FreeMember(record, offsetof(Record, IXSHD));
+    status = FILL(IXSHD, CopyBlock(made, source.ExtendedTre, static_cast<uint64_t>(extended)));
+  }
+  record->IMDATOFF = std::min<uint32_t>(source.DataOffset, INT32_MAX);
+  record->BMRLNTH = static_cast<uint16_t>(source.BlockMaskLength);
+  record->TMRLNTH = static_cast<uint16_t>(source.PadMaskLength);
+  record->TPXCDLNTH = static_cast<uint16_t>(source.PadCodeBits);
+  if (status == SUCCESS && source.PadCodeBits != 0) {
+    status = FILL(TPXCD, CopyBlock(made, source.PadCode, source.PadCodeBits));
+  }
+  return status;
+}
+
+int32_t FillGraphicBlock(NitfGraphicHeaderInfo* record, const GrSubHdr& source) {
+  using Record = NitfGraphicHeaderInfo;
+  const int32_t length = NumberOf(source.Text.SXSHDL);
+  return length > 0 ? FILL(SXSHD, CopyBlock(made, source.ExtendedTre, static_cast<uint64_t>(length)))
+                    : SUCCESS;
+}
+
+int32_t FillTextBlock(NitfTextHeaderInfo* record, const TxSubHdr& source) {
+  using Record = NitfTextHeaderInfo;
+  FreeMember(record, offsetof(Record, TXSHD));
+  const int64_t length = NumberOf(source.Text.TXSHDL) - kOverflowWidth;
+  return length > 0 ? FILL(TXSHD, CopyBlock(made, source.ExtendedTre, static_cast<uint64_t>(length)))
+                    : SUCCESS;
+}
+
+// The texts of a list of `count` pointers are freed, then the list.
+void FreeTexts(void* record, uint16_t list_offset, uint32_t count) {
+  char** list = GetMember<char**>(record, list_offset);
+  for (uint32_t i = 0; list != nullptr && i < count; ++i) {
+    if (list[i] != nullptr) HostFreeMem(list[i], Here().line, Here().unit);
+    list[i] = nullptr;
+  }
+  FreeMember(record, list_offset);
+}
+
+// The entries of the other band lists are looked at only while there is a list of IREPBAND.
+void FreeBandLists(NitfImageHeaderInfo* record) {
+  using Record = NitfImageHeaderInfo;
+  const uint32_t bands = record->NBANDS;
+  if (bands == 0) return;
+  const uint32_t entries = record->IREPBAND != nullptr ? bands : 0;
+  for (const auto offset : {offsetof(Record, IREPBAND), offsetof(Record, ISUBCAT), offsetof(Record, IFC),
+                            offsetof(Record, IMFLT)}) {
+    FreeTexts(record, static_cast<uint16_t>(offset), entries);
+  }
+}
+
+}  // namespace
+
+}  // namespace tavi
+
+using tavi::FillMembers;
+using tavi::FreeMembers;
+
+int32_t Tavi_NITFGetImageHeaderCount(NitfHandle handle) {
+  return handle != nullptr ? tavi::CountImageHeaders(*handle) : 0;
+}
+int32_t Tavi_NITFGetGraphicHeaderCount(NitfHandle handle) {
+  return handle != nullptr ? tavi::CountGraphicHeaders(*handle) : 0;
+}
+int32_t Tavi_NITFGetTextHeaderCount(NitfHandle handle) {
+  return handle != nullptr ? tavi::CountTextHeaders(*handle) : 0;
+}
+
+int32_t Tavi_NITFGetNITFHeader(NitfHandle handle, NitfHeaderInfo* record) {
+  if (handle == nullptr) return tavi::kNoHandle;
+  if (record == nullptr) return TAVI_BAD_INDEX;
+  const tavi::NtfHdr& header = handle->Header;
+  const int32_t status =
+      FillMembers<tavi::NtfHdr>(record, tavi::file_header::kMembers, header, tavi::FileHeaderRows());
+  if (status != SUCCESS) return status;
+  record->FVER = static_cast<float>(std::strtod(header.Text.FVER, nullptr));
+  return tavi::FillLengthLists(record, header);
+}
+
+int32_t Tavi_NITFGetImageHeader(NitfHandle handle, uint32_t index, NitfImageHeaderInfo* record) {
+  if (handle == nullptr) return tavi::kNoHandle;
+  if (record == nullptr) return ERR_INVALID_PARAMETER;
+  const tavi::ImSubHdr* source = tavi::SubheaderAt(handle->Images, index, handle->ImageCount);
+  if (source == nullptr) return TAVI_BAD_INDEX;
+  const int32_t status =
+      FillMembers<tavi::ImSubHdr>(record, tavi::image::kMembers, *source, tavi::ImageRows());
+  return status == SUCCESS ? tavi::FillImageBlocks(record, *source) : status;
+}
+
+int32_t Tavi_NITFGetGraphicHeader(NitfHandle handle, uint32_t index, NitfGraphicHeaderInfo* record) {
+  if (handle == nullptr) return tavi::kNoHandle;
+  if (record == nullptr) return TAVI_BAD_INDEX;
+  const tavi::GrSubHdr* source = tavi::SubheaderAt(handle->Graphics, index, handle->GraphicCount);
+  if (source == nullptr) return TAVI_BAD_INDEX;
+  const int32_t status =
+      FillMembers<tavi::GrSubHdr>(record, tavi::graphic::kMembers, *source, tavi::GraphicRows());
+  return status == SUCCESS ? tavi::FillGraphicBlock(record, *source) : status;
+}
+
+int32_t Tavi_NITFGetTextHeader(NitfHandle handle, uint32_t index, NitfTextHeaderInfo* record) {
+  if (handle == nullptr) return tavi::kNoHandle;
+  if (record == nullptr) return TAVI_BAD_INDEX;
+  const tavi::TxSubHdr* source = tavi::SubheaderAt(handle->Texts, index, handle->TextCount);
+  if (source == nullptr) return TAVI_BAD_INDEX;
+  const int32_t status = FillMembers<tavi::TxSubHdr>(record, tavi::text::kMembers, *source, tavi::TextRows());
+  return status == SUCCESS ? tavi::FillTextBlock(record, *source) : status;
+}
+
+int32_t Tavi_NITFFreeNITFHeader(NitfHeaderInfo* record) {
+  if (record == nullptr) return ERR_NULL_ARGUMENT;
+  FreeMembers(record, tavi::file_header::kMembers);
+  return SUCCESS;
+}
+
+int32_t Tavi_NITFFreeImageHeader(NitfImageHeaderInfo* record) {
+  if (record == nullptr) return ERR_NULL_ARGUMENT;
+  tavi::FreeTexts(record, offsetof(NitfImageHeaderInfo, ICOM), record->NICOM);
+  tavi::FreeBandLists(record);
+  FreeMembers(record, tavi::image::kMembers);
+  return SUCCESS;
+}
+
+int32_t Tavi_NITFFreeGraphicHeader(NitfGraphicHeaderInfo* record) {
+  if (record == nullptr) return ERR_NULL_ARGUMENT;
+  FreeMembers(record, tavi::graphic::kMembers);
+  return SUCCESS;
+}
+
+int32_t Tavi_NITFFreeTextHeader(NitfTextHeaderInfo* record) {
+  if (record == nullptr) return ERR_NULL_ARGUMENT;
+  FreeMembers(record, tavi::text::kMembers);
+  return SUCCESS;
+}
+
+int32_t Tavi_NITFGetTextSegment(NitfHandle handle, uint32_t index, uint8_t* buffer, uint32_t* size) {
+  if (handle == nullptr || index >= handle->TextCount) return TAVI_BAD_INDEX;
+  const tavi::TxSubHdr* source = tavi::SubheaderAt(handle->Texts, index, handle->TextCount);
+  const tavi::NtfHdr& header = handle->Header;
+  const uint32_t length = source != nullptr && index < header.NumTexts ? header.LtRead.At(index) : 0;
+  if (size != nullptr) *size = length;
+  if (buffer == nullptr) return SUCCESS;
+  if (source == nullptr) return 0;
+  if (source->TextDataInMemory != 0) {
+    std::strcpy(reinterpret_cast<char*>(buffer),
+                reinterpret_cast<const char*>(source->TextDataBuffer.data()));
+    return SUCCESS;
+  }
+  tavi::SeekTextData(*handle, index);
+  if (HostFileRead(handle->File, buffer, length) != length) return ERR_FILE_READ;
+  buffer[length] = 0;
+  return SUCCESS;
+}
