@@ -15,6 +15,7 @@ struct StrmFHdr;
 struct DExSbHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kNul;
+  static constexpr Start kDowngradeStart = Start::kNul;
 
   uint32_t SignatureSeen = 0;
   struct Texts {

@@ -210,8 +210,7 @@ int32_t FillLengthLists(NitfHeaderInfo* record, const NtfHdr& h) {
 
 // Comments past the stored ones are copied as empty texts.
 int32_t CopyComments(char**& out, const ImSubHdr& source) {
-  const auto count = static_cast<uint32_t>(std::max(NumberOf(source.Text.NICOM), 0));
-  if (count == 0) return SUCCESS;
+  const auto count = static_cast<uint32_t>(NumberOf(source.Text.NICOM));
   char** list = Allocate<char*>(count);
   out = list;
   if (list == nullptr) return ERR_NO_MEMORY;
@@ -231,7 +230,8 @@ int32_t CopyUserData(char*& out, const ImSubHdr& source) {
 
 int32_t FillImageBlocks(NitfImageHeaderInfo* record, const ImSubHdr& source) {
   using Record = NitfImageHeaderInfo;
-  int32_t status = FILL(ICOM, CopyComments(made, source));
+  int32_t status = SUCCESS;
+  if (NumberOf(source.Text.NICOM) > 0) status = FILL(ICOM, CopyComments(made, source));
   if (status == SUCCESS && NumberOf(source.Text.UDIDL) != 0) status = FILL(UDID, CopyUserData(made, source));
   const int32_t extended = NumberOf(source.Text.IXSHDL);
   if (status == SUCCESS && extended > 0) {

@@ -13,6 +13,7 @@ namespace tavi {
 struct GrSubHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kBlank;
+  static constexpr Start kDowngradeStart = Start::kBlank;
 
   explicit GrSubHdr(NitfFile* document);
 

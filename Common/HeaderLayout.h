@@ -135,6 +135,9 @@ struct FieldRow {
   constexpr FieldRow SecurityText() const {
     return With([](FieldRow& row) { row.start = R::kSecurityStart; });
   }
+  constexpr FieldRow DowngradeText() const {
+    return With([](FieldRow& row) { row.start = R::kDowngradeStart; });
+  }
   constexpr FieldRow Starts(const char* text) const {
     return With([&](FieldRow& row) { row.start_text = text; });
   }
@@ -255,8 +258,8 @@ struct FieldRow {
       TEXT(PREFIX##CAUT, 40, 20).SecurityText().Settable(),                                                  \
       TEXT(PREFIX##CRSN, 1, kAbsent).SecurityText().Settable(),                                              \
       TEXT(PREFIX##SRDT, 8, kAbsent).SecurityText(), TEXT(PREFIX##CTLN, 15, 20).SecurityText().Settable(),   \
-      TEXT(PREFIX##DWNG, kAbsent, 6).SecurityText(),                                                         \
-      TEXT(PREFIX##DEVT, kAbsent, 40).SecurityText().When(EVENT_RULE)
+      TEXT(PREFIX##DWNG, kAbsent, 6).DowngradeText(),                                                        \
+      TEXT(PREFIX##DEVT, kAbsent, 40).DowngradeText().When(EVENT_RULE)
 
 // Their buffers in R::Texts. The order matters in the file header, whose texts run on into each other.
 #define SECURITY_BUFFERS(PREFIX)                                                                           \

@@ -70,6 +70,7 @@ class MaskTable {
 struct ImSubHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kBlank;
+  static constexpr Start kDowngradeStart = Start::kBlank;
 
   explicit ImSubHdr(NitfFile* document);
 

@@ -16,6 +16,7 @@ struct StrmFHdr;
 struct NtfHdr {
   static constexpr bool kTerminatesTexts = false;
   static constexpr Start kSecurityStart = Start::kOpenBlank;
+  static constexpr Start kDowngradeStart = Start::kOpenBlank;
 
   // The lists named Read describe the source file and serve every seek in it; those named Work describe the
   // file to be written. They start equal; an empty list has no memory.

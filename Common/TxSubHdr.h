@@ -13,6 +13,7 @@ namespace tavi {
 struct TxSubHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kBlank;
+  static constexpr Start kDowngradeStart = Start::kNul;
 
   explicit TxSubHdr(NitfFile* document);
 

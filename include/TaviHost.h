@@ -99,15 +99,23 @@ TAVI_STATIC_ASSERT(offsetof(HostBitmap, color_count) == 52);
 TAVI_STATIC_ASSERT(offsetof(HostBitmap, view_perspective) == 64);
 TAVI_STATIC_ASSERT(offsetof(HostBitmap, order) == 68);
 
-/* Load options, 48 bytes; only the flags word is shared. The filter entry points take the same record. */
+/* Load options, 48 bytes, filled by HostLoadOptions. The filter entry points take the same record and read
+   its flags word only. */
 typedef struct HostLoadFlagsRecord {
   uint8_t host0[12];
-  uint32_t flags; /* see TaviNitf.h for the bits that the filter entry points read */
-  uint8_t host16[32];
+  uint32_t flags; /* see TaviNitf.h for the bits that the filter entry points read; 0x4000 and 0x8000: see
+                     HostLoadMemory */
+  uint8_t host16[20];
+  uint32_t red_band; /* component, from 0, that becomes the red channel under 0x8000; the others likewise */
+  uint32_t green_band;
+  uint32_t blue_band;
 } HostLoadFlagsRecord;
 
 TAVI_STATIC_ASSERT(sizeof(HostLoadFlagsRecord) == 48);
 TAVI_STATIC_ASSERT(offsetof(HostLoadFlagsRecord, flags) == 12);
+TAVI_STATIC_ASSERT(offsetof(HostLoadFlagsRecord, red_band) == 36);
+TAVI_STATIC_ASSERT(offsetof(HostLoadFlagsRecord, green_band) == 40);
+TAVI_STATIC_ASSERT(offsetof(HostLoadFlagsRecord, blue_band) == 44);
 
 /* What is known of a picture file, 2184 bytes. Byte-packed: `memory_size` stands unaligned. */
 #pragma pack(push, 1)
@@ -146,8 +154,9 @@ typedef int32_t (*HostLoadMemoryEntry)(const void* buffer, HostBitmap* bitmap, u
                                        uint32_t bits, uint32_t order, uint64_t size,
                                        HostLoadFlagsRecord* options, HostFileInfo* information);
 
-/* A hook that the next load calls to learn the layout of a raw stream; `information` is an array of 32-bit
-   places that the hook fills. The entry that installs one returns the hook that was in force. */
+/* A hook that a load calls to learn the layout of a raw stream; `information` is an array of 64 zeroed 32-bit
+   places that the hook fills: see HostSetLoadHook. The entry that installs one returns the hook that was in
+   force. */
 typedef int32_t (*HostLoadHook)(void* information, void* user);
 typedef HostLoadHook (*HostSetLoadHookEntry)(HostLoadHook hook, void* user);
 
@@ -238,6 +247,77 @@ TAVI_HOST_API int32_t HostAttachBitmapData(HostBitmap* bitmap, void* buffer, uin
 /* A drawing context that draws into the bitmap, or null. The bitmap must outlive it. */
 TAVI_HOST_API HostDrawingContext HostCreateBitmapDC(HostBitmap* bitmap);
 TAVI_HOST_API void HostDeleteBitmapDC(HostDrawingContext context);
+
+/* ---- Coded data (TaviFile) ---------------------------------------------------------------------------- */
+
+/* Fills a load options record (record_size is 48) with the defaults: no flags, bands 0, 1 and 2. */
+TAVI_HOST_API void HostLoadOptions(HostLoadFlagsRecord* record, uint64_t record_size);
+/*
+ * Decodes a complete compressed picture of `size` bytes in memory into the record (record_size is 212), which
+ * must be valid or zeroed; it is given a new bitmap, and pixels that it holds are freed first. JPEG of 8 and
+ * 12 bits, lossless JPEG of 2 to 16 bits, and JPEG 2000 (codestream or JP2) of 1 to 16 bits are told apart by
+ * their first bytes; raw fax data by the hook of HostSetLoadHook.
+ *
+ * The bitmap: one channel for a picture of one or two components, else three. Samples of up to 8 bits take a
+ * byte (a grey picture of fewer bits keeps its values and has a grey ramp over them as its palette; colours
+ * are stretched to 8 bits), deeper ones 16 native bits with their values as they are coded; signed samples
+ * are moved up by half their range. View perspective 1. `bits` is 0 for the coded depth, or a depth of
+ * HostBitmap to convert the picture to. `order` is 0, 1 or 2 as in HostBitmap, or 4 for 2 with one channel
+ * and 1 with three.
+ *
+ * Colour: YCbCr is converted to RGB where the stream says so or, failing that, where its kind has it by
+ * custom. Option 0x4000: three components are red, green and blue unless the stream itself says otherwise.
+ * Option 0x8000: red_band, green_band and blue_band (limited to the last component) are taken as they are,
+ * after a codestream's own component transform. `options` may be null for the defaults. `information`, unless
+ * null, is filled as by HostFileInfoMemory.
+ *
+ * Status: ERR_NULL_ARGUMENT for a null buffer or record; ERR_INVALID_PARAMETER for another record size or
+ * order, ERR_INVALID_BPP for another depth; ERR_NOT_SUPPORTED for a stream of unknown kind or a variety that
+ * the decoders do not have; ERR_FILE_READ for one that ends within its header, or ends early where its
+ * decoder cannot do without the rest; ERR_FILE_FORMAT for damage, or a size that the bytes cannot hold;
+ * ERR_NO_MEMORY for one above the limit of HostSetBitmapLimit; what the hook returned. A stream that is
+ * damaged or cut short in a way that its decoder only warns of loads. After a failure the record is empty.
+ */
+TAVI_HOST_API int32_t HostLoadMemory(const void* buffer, HostBitmap* bitmap, uint64_t record_size,
+                                     uint32_t bits, uint32_t order, uint64_t size,
+                                     HostLoadFlagsRecord* options, HostFileInfo* information);
+/*
+ * Installs the hook that the loads of this thread call first, with `user`, and returns the one that was in
+ * force; null installs none. The hook answers in the 32-bit places of its information: the second the format,
+ * 66 for fax group 3 of one dimension, 67 of two, 68 for group 4; the third the width and the fourth the
+ * height in pixels; the fifth 1, the eighth 0, the tenth 1. The data then are decoded as one picture of 1
+ * bit: a white element becomes 1, and so does what lies behind the end of the data. Both bit orders and data
+ * with and without end-of-line codes are found out. A bitmap of the record that has this very shape keeps its
+ * palette. The hook's own failure is handed on as the load's status.
+ */
+TAVI_HOST_API HostLoadHook HostSetLoadHook(HostLoadHook hook, void* user);
+/*
+ * Identifies a stream and fills the record (record_size is 2184; all else in it is zeroed): format 10 for
+ * 8-bit JPEG, 26 for 12-bit JPEG, 11 for lossless JPEG, 5 for JPEG 2000, 62 for a binary CGM; width, height
+ * and bits of the bitmap that it decodes to, 0 for a CGM; and memory_size. Both reserved arguments are 0.
+ * Status: ERR_NULL_ARGUMENT for a null pointer; ERR_INVALID_PARAMETER for another record size;
+ * ERR_NOT_SUPPORTED for an unknown stream, also one of size 0; ERR_FILE_READ and ERR_FILE_FORMAT for one
+ * whose header is cut short or makes no sense.
+ */
+TAVI_HOST_API int32_t HostFileInfoMemory(const void* buffer, HostFileInfo* information, uint64_t record_size,
+                                         uint64_t size, uint32_t reserved1, uint32_t reserved2);
+/* The codec libraries in use, such as "libtiff 4.5.0": static texts, null past the last. */
+TAVI_HOST_API const char* HostCodecVersion(uint32_t index);
+
+/* ---- Colour (TaviColor) ------------------------------------------------------------------------------- */
+
+/*
+ * Merges single-band bitmaps into one colour bitmap of order 1, which the destination record (record_size is
+ * 212, flags 0) is given; pixels that it holds are freed first. `bands` holds three pointers, or fewer with a
+ * null behind them; further ones are not looked at. The first becomes the first channel in storage, blue, the
+ * second green, the third red; a channel without a band stays 0. 24 bits, or 48 when a band is of 12 or 16
+ * bits. A band counts with its grey levels. Bands of unequal size give what they have in common. Status:
+ * ERR_NULL_ARGUMENT for a null pointer or no band at all, ERR_INVALID_PARAMETER for another record size,
+ * ERR_NOT_SUPPORTED for flags, ERR_NO_BITMAP for a band without pixels, ERR_NO_MEMORY. After a failure the
+ * destination is empty.
+ */
+TAVI_HOST_API int32_t HostColorMerge(HostBitmap* destination, HostBitmap* const* bands, uint64_t record_size,
+                                     uint32_t flags);
 
 /* ---- Pixel processing (TaviImageFx) ------------------------------------------------------------------- */
 

@@ -75,6 +75,7 @@ void AdjustPalette(HostBitmap* bitmap, const PixelView& view, const Gain& gain) 
 
 void AdjustPixels(HostBitmap* bitmap, PixelView view, const RowReader& reader, const Gain& gain) {
   view.sample_order = SampleOrder::kNative;
+  view.significant_bits = 16;
   RowWriter writer(view);
   Color16 colors[kChunk];
   ForEachChunk(view, [&](uint32_t row, uint32_t x, uint32_t count) {
@@ -83,7 +84,7 @@ void AdjustPixels(HostBitmap* bitmap, PixelView view, const RowReader& reader, c
     for (uint32_t i = 0; i < count; ++i) colors[i] = gain.Apply(colors[i], 0);
     writer.Write16(pixels, x, count, colors, nullptr);
   });
-  SetSampleOrder(bitmap, SampleOrder::kNative);
+  SetFullScale(bitmap, SampleOrder::kNative);
 }
 
 }  // namespace

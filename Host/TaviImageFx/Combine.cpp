@@ -76,7 +76,7 @@ int32_t HostCombineBitmap(HostBitmap* destination, int32_t x, int32_t y, uint32_
   }
   if (CopiesBytes(*destination, to, *source, from)) {
     ForEachRow(to, from, area, [&](const uint8_t* in, uint8_t* out) { CopyRow(to, in, out, area); });
-    SetSampleOrder(destination, from.sample_order);
+    if (IsDeep(to.layout)) CopySampleForm(destination, *source, from);
     return SUCCESS;
   }
   RowPipe pipe(from, to, nullptr);

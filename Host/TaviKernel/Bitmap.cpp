@@ -147,7 +147,7 @@ int32_t HostAttachBitmapData(HostBitmap* bitmap, void* buffer, uint64_t size) {
 void HostClearBitmap(HostBitmap* bitmap) {
   PixelView view;
   if (!ViewOf(bitmap, &view)) return;
-  SetSampleOrder(bitmap, SampleOrder::kUnknown);
+  SetFullScale(bitmap, SampleOrder::kUnknown);
   if (view.memory != nullptr) {
     view.memory->FillRows(nullptr);
   } else {
@@ -158,7 +158,9 @@ void HostClearBitmap(HostBitmap* bitmap) {
 void HostFillBitmap(HostBitmap* bitmap, uint32_t color) {
   PixelView view;
   if (!ViewOf(bitmap, &view)) return;
-  SetSampleOrder(bitmap, SampleOrder::kNative);
+  SetFullScale(bitmap, SampleOrder::kNative);
+  view.significant_bits = 16;
+  view.sample_order = SampleOrder::kNative;
   // The first row is filled in place and serves as the pattern: that takes no memory.
   uint8_t* const first = view.ReplaceRow(0);
   FillRow(view, color, first);
@@ -183,7 +185,7 @@ void HostGetBitmapRow(const HostBitmap* bitmap, void* buffer, uint32_t row, uint
 void HostPutBitmapRow(HostBitmap* bitmap, const void* buffer, uint32_t row, uint64_t bytes) {
   PixelView view;
   if (buffer == nullptr || !ViewOf(bitmap, &view) || row >= view.height) return;
-  if (view.layout == Layout::kGrey16) SetSampleOrder(bitmap, SampleOrder::kUnknown);
+  if (IsDeep(view.layout)) SetFullScale(bitmap, SampleOrder::kUnknown);
   uint8_t* const target = bytes >= view.stride ? view.ReplaceRow(row) : view.ChangeRow(row);
   std::memcpy(target, buffer, std::min(bytes, view.stride));
 }

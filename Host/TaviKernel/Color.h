@@ -42,6 +42,17 @@ constexpr Color16 Grey16(uint32_t level) {
   return level * uint64_t{0x100010001};
 }
 
+// A sample of `bits` significant bits (9 to 16) at full scale of 16 bits, and back again.
+constexpr uint32_t WidenSample(uint32_t sample, uint32_t bits) {
+  const uint32_t largest = (1u << bits) - 1;
+  const uint32_t limited = sample < largest ? sample : largest;
+  return limited << (16 - bits) | limited >> (2 * bits - 16);
+}
+
+constexpr uint32_t NarrowSample(uint32_t sample, uint32_t bits) {
+  return sample >> (16 - bits);
+}
+
 // Full scale stays full scale: 255 becomes 65535.
 constexpr Color16 Widen(Color8 color) {
   return MakeColor16((color & 0xFF) * 257u, (color >> 8 & 0xFF) * 257u, (color >> 16 & 0xFF) * 257u);

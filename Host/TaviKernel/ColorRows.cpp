@@ -158,7 +158,7 @@ void RowReader::ReadShallow(const uint8_t* row, uint32_t x, uint32_t count, Colo
 void RowReader::ReadGrey12(const uint8_t* row, uint32_t x, uint32_t count, Color16* colors) const {
   for (uint32_t i = 0; i < count; ++i) {
     const uint32_t sample = Load12(row, x + i);
-    colors[i] = GreyOrEntry(sample, sample << 4 | sample >> 8);
+    colors[i] = GreyOrEntry(sample, WidenSample(sample, 12));
   }
 }
 
@@ -167,15 +167,17 @@ void RowReader::ReadGrey16(const uint8_t* row, uint32_t x, uint32_t count, Color
   const bool big = sample_order_ == SampleOrder::kBigEndian;
   for (uint32_t i = 0; i < count; ++i) {
     const uint32_t sample = big ? uint32_t{first[2 * i]} << 8 | first[2 * i + 1] : Load16(first + 2 * i);
-    colors[i] = GreyOrEntry(sample, sample);
+    colors[i] = GreyOrEntry(sample, WidenSample(sample, view_.significant_bits));
   }
 }
 
 void RowReader::ReadDeepColor(const uint8_t* row, uint32_t x, uint32_t count, Color16* colors) const {
   const uint64_t size = view_.bits / 8;
+  const uint32_t bits = view_.significant_bits;
   const uint8_t* at = row + x * size;
   for (uint32_t i = 0; i < count; ++i, at += size) {
-    const Color16 color = MakeColor16(Load16(at), Load16(at + 2), Load16(at + 4));
+    const Color16 color = MakeColor16(WidenSample(Load16(at), bits), WidenSample(Load16(at + 2), bits),
+                                      WidenSample(Load16(at + 4), bits));
     colors[i] = view_.red_first ? Exchanged(color) : color;
   }
 }
@@ -254,7 +256,7 @@ void RowWriter::PutDeep(uint8_t* row, uint32_t x, Color16 color) noexcept {
     return;
   }
   if (view_.layout == Layout::kGrey16) {
-    const uint32_t level = Luminance16(color);
+    const uint32_t level = NarrowSample(Luminance16(color), view_.significant_bits);
     const bool big = view_.sample_order == SampleOrder::kBigEndian;
     row[uint64_t{x} * 2] = static_cast<uint8_t>(big ? level >> 8 : level);
     row[uint64_t{x} * 2 + 1] = static_cast<uint8_t>(big ? level : level >> 8);
@@ -263,9 +265,9 @@ void RowWriter::PutDeep(uint8_t* row, uint32_t x, Color16 color) noexcept {
   if (view_.red_first) color = Exchanged(color);
   const uint64_t size = view_.bits / 8;
   uint8_t* const at = row + x * size;
-  Store16(at, static_cast<uint32_t>(color & 0xFFFF));
-  Store16(at + 2, static_cast<uint32_t>(color >> 16 & 0xFFFF));
-  Store16(at + 4, static_cast<uint32_t>(color >> 32 & 0xFFFF));
+  for (int channel = 0; channel < 3; ++channel, color >>= 16) {
+    Store16(at + 2 * channel, NarrowSample(static_cast<uint32_t>(color & 0xFFFF), view_.significant_bits));
+  }
   if (size == 8) Store16(at + 6, 0);
 }
 

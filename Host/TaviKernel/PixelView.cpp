@@ -22,6 +22,12 @@ Layout LayoutOf(uint32_t bits) {
   }
 }
 
+// The byte of the record in which decoders leave the count of significant bits; 0 is the full depth.
+uint32_t SignificantBitsOf(const HostBitmap& bitmap) {
+  const uint32_t noted = bitmap.host49[0];
+  return noted >= 9 && noted <= 15 ? noted : 16;
+}
+
 }  // namespace
 
 bool ViewOf(const HostBitmap* bitmap, PixelView* view) noexcept {
@@ -37,6 +43,9 @@ bool ViewOf(const HostBitmap* bitmap, PixelView* view) noexcept {
   view->red_first = bitmap->order == 0;
   view->bottom_up = bitmap->view_perspective == kBottomUp;
   view->sample_order = part.sample_order;
+  view->significant_bits = SignificantBitsOf(*bitmap);
+  // Only decoders note significant bits, and they leave native samples.
+  if (view->significant_bits != 16) view->sample_order = SampleOrder::kNative;
   view->palette = PaletteOf(part, &view->palette_count);
   return true;
 }
@@ -52,6 +61,17 @@ void SetSampleOrder(HostBitmap* bitmap, SampleOrder order) noexcept {
   if (!IsValid(bitmap, &part) || part.sample_order == order) return;
   part.sample_order = order;
   StorePart(bitmap, part);
+}
+
+void SetFullScale(HostBitmap* bitmap, SampleOrder samples) noexcept {
+  bitmap->host49[0] = 0;
+  SetSampleOrder(bitmap, samples);
+}
+
+void CopySampleForm(HostBitmap* destination, const HostBitmap& source,
+                    const PixelView& source_view) noexcept {
+  destination->host49[0] = source.host49[0];
+  SetSampleOrder(destination, source_view.sample_order);
 }
 
 }  // namespace tavi::host

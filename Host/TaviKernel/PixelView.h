@@ -24,6 +24,7 @@ struct PixelView {
   bool red_first = false;  // of colour layouts; orders 1 and 2 are both blue first
   bool bottom_up = false;
   SampleOrder sample_order = SampleOrder::kUnknown;
+  uint32_t significant_bits = 16;  // of 16-bit samples: 9 to 16, the upper bits being zero
   const HostPaletteEntry* palette = nullptr;
   uint32_t palette_count = 0;
 
@@ -60,5 +61,10 @@ bool IsVoid(const HostBitmap* bitmap) noexcept;
 
 // Notes the byte order of the 16-bit samples.
 void SetSampleOrder(HostBitmap* bitmap, SampleOrder order) noexcept;
+
+// What is known of the samples of 16 bits a channel: their byte order, and how many of the bits are
+// significant. `samples` is the order of full-scale samples that now stand in the bitmap.
+void SetFullScale(HostBitmap* bitmap, SampleOrder samples) noexcept;
+void CopySampleForm(HostBitmap* destination, const HostBitmap& source, const PixelView& source_view) noexcept;
 
 }  // namespace tavi::host

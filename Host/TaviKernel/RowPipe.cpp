@@ -41,7 +41,8 @@ RowPipe::RowPipe(const PixelView& source, const PixelView& destination, const ui
 
 // Whether equal bytes mean equal colours.
 bool RowPipe::SameBytes() const noexcept {
-  if (source_.bits != destination_.bits) return false;
+  if (source_.bits != destination_.bits || source_.significant_bits != destination_.significant_bits)
+    return false;
   switch (source_.layout) {
     case Layout::kIndexed:
       return SamePalette(source_, destination_);
@@ -62,7 +63,7 @@ RowPipe::Path RowPipe::ChoosePath() const noexcept {
   if (SameBytes()) return Path::kCopy;
   const bool indexed = source_.layout == Layout::kIndexed;
   const bool grey = source_.layout == Layout::kGrey12 || source_.layout == Layout::kGrey16;
-  const bool plain_grey = grey && source_.palette_count == 0;
+  const bool plain_grey = grey && source_.palette_count == 0 && source_.significant_bits == 16;
   if (destination_.layout == Layout::kColor24 && (indexed || plain_grey)) return Path::kExpand;
   if (destination_.layout == Layout::kIndexed && indexed) return Path::kTranslate;
   return by_color;

@@ -10,13 +10,14 @@ namespace tavi::host {
 namespace {
 
 constexpr uint32_t kRows = 64;
-constexpr uint32_t kSamplesPerRow = 2048;  // looked at in each of them, around the middle
-constexpr uint32_t kValuesPerRow = 64;
+constexpr uint32_t kRuns = 8;             // in each of them, when they are longer than that
+constexpr uint32_t kRunLength = 256;      // samples
+constexpr uint32_t kValuesPerRun = 64;    // of which the values are judged
 constexpr uint32_t kFewestStretched = 9;  // significant bits that are stretched
 constexpr uint32_t kMostStretched = 15;
 constexpr uint32_t kStretches = kMostStretched - kFewestStretched + 1;
 constexpr uint32_t kEnoughEvidence = 24;  // bits
-constexpr uint32_t kThinEvidence = 4;
+constexpr uint32_t kFewBits = 4;          // stretches from 9 to 12 bits, which leave out most values
 constexpr uint32_t kManyValues = 64;
 
 // Whether a stretch of `bits` significant bits can yield the value.
@@ -72,7 +73,7 @@ class Values {
  public:
   // Takes some of the samples, evenly spread.
   void Add(const uint8_t* samples, uint32_t count) {
-    const uint32_t step = std::max(1u, count / kValuesPerRow);
+    const uint32_t step = std::max(1u, count / kValuesPerRun);
     for (uint32_t i = 0; i < count; i += step) {
       const uint32_t value = samples[2 * i] | uint32_t{samples[2 * i + 1]} << 8;
       if (value != Swapped(value)) seen_[value / 64] |= uint64_t{1} << (value % 64);
@@ -89,7 +90,7 @@ class Values {
   }
 
   uint32_t count() const { return count_; }
-  bool has_zero_byte() const { return !low_nonzero_ || !high_nonzero_; }
+  bool has_zero_byte() const { return IsZeroOnly(low_) || IsZeroOnly(high_); }
 
   // Bits of evidence for the stretch that has most of it, 0 when none fits.
   uint32_t Evidence() const {
@@ -101,17 +102,41 @@ class Values {
     return best;
   }
 
-  // Whether one stretch to at most 12 bits fits all values read big-endian.
+  // How densely the values of one byte that occur fill the stretch that they span, as a ratio.
+  struct Density {
+    uint64_t count;
+    uint64_t span;
+    bool IsTwice(const Density& other) const { return count * other.span >= 2 * other.count * span; }
+  };
+  Density NativeDensity() const { return DensityOf(high_); }
+  Density BigEndianDensity() const { return DensityOf(low_); }
+
+  // Whether one stretch from at most 12 bits fits (nearly) all values.
+  bool FitsFewBits() const {
+    return std::any_of(fitting_.begin(), fitting_.begin() + kFewBits,
+                       [this](uint32_t n) { return n * 20 >= count_ * 19; });
+  }
+  // Whether one stretch from at most 12 bits fits all values read big-endian.
   bool FitsBigEndian() const {
     return std::any_of(big_endian_misfits_.begin(), big_endian_misfits_.end(),
                        [](uint32_t n) { return n == 0; });
   }
 
  private:
+  static bool IsZeroOnly(const std::bitset<256>& bytes) { return bytes[0] && bytes.count() == 1; }
+
+  static Density DensityOf(const std::bitset<256>& bytes) {
+    size_t first = 0;
+    size_t last = 255;
+    while (first < last && !bytes[first]) ++first;
+    while (last > first && !bytes[last]) --last;
+    return {bytes.count(), last - first + 1};
+  }
+
   void Count(uint32_t value) {
     ++count_;
-    low_nonzero_ |= (value & 0xFF) != 0;
-    high_nonzero_ |= value >> 8 != 0;
+    low_.set(value & 0xFF);
+    high_.set(value >> 8);
     for (uint32_t s = 0; s < kStretches; ++s) {
       if (!CanBeStretched(value, kFewestStretched + s)) continue;
       ++fitting_[s];
@@ -124,12 +149,25 @@ class Values {
 
   std::array<uint64_t, 0x10000 / 64> seen_{};
   uint32_t count_ = 0;
-  bool low_nonzero_ = false;
-  bool high_nonzero_ = false;
+  std::bitset<256> low_;  // the bytes that occur
+  std::bitset<256> high_;
   std::array<uint32_t, kStretches> fitting_{};
   std::array<std::bitset<256>, kStretches> low_bytes_{};
-  std::array<uint32_t, 4> big_endian_misfits_{};
+  std::array<uint32_t, kFewBits> big_endian_misfits_{};
 };
+
+}  // namespace
+
+namespace {
+
+// What the samples show when a stretch fits them that may fit by chance.
+bool IsNativeOnThinEvidence(const Values& values, const Smoothness& big, const Smoothness& native) {
+  if (values.NativeDensity().IsTwice(values.BigEndianDensity())) return true;
+  if (values.BigEndianDensity().IsTwice(values.NativeDensity())) return false;
+  if (IsSmoother(native, big, 3)) return true;
+  if (IsSmoother(big, native, 3)) return false;
+  return values.FitsFewBits() && !values.FitsBigEndian();
+}
 
 }  // namespace
 
@@ -137,30 +175,26 @@ SampleOrder DetectSampleOrder(const PixelView& view) noexcept {
   Smoothness big;
   Smoothness native;
   Values values;
-  const uint32_t rows = std::min(view.height, kRows);
-  const uint32_t count = std::min(view.width, kSamplesPerRow);
-  const uint64_t first = (view.width - count) / 2;
+  const uint64_t rows = std::min(view.height, kRows);
+  const uint64_t runs = view.width > kRuns * kRunLength ? kRuns : 1;
+  const uint32_t length = runs == 1 ? view.width : kRunLength;
   for (uint64_t i = 0; i < rows; ++i) {
     // The middles of equal parts of the picture.
     const auto row = static_cast<uint32_t>((2 * i + 1) * view.height / (2 * rows));
-    const uint8_t* const samples = view.ReadRow(row) + 2 * first;
-    big.Add<true>(samples, count);
-    native.Add<false>(samples, count);
-    values.Add(samples, count);
+    for (uint64_t run = 0; run < runs; ++run) {
+      const uint64_t first = (2 * run + 1) * (view.width - length) / (2 * runs);
+      const uint8_t* const samples = view.ReadRow(row) + 2 * first;
+      big.Add<true>(samples, length);
+      native.Add<false>(samples, length);
+      values.Add(samples, length);
+    }
   }
   values.Judge();
   if (values.count() == 0 || values.has_zero_byte()) return SampleOrder::kBigEndian;
   const uint32_t evidence = values.Evidence();
-  bool is_native = false;
-  if (evidence >= kEnoughEvidence) {
-    is_native = true;
-  } else if (evidence == 0) {
-    is_native = values.count() >= kManyValues && IsSmoother(native, big, 2);
-  } else if (IsSmoother(native, big, 3)) {
-    is_native = true;
-  } else if (!IsSmoother(big, native, 3)) {
-    is_native = evidence >= kThinEvidence && !values.FitsBigEndian();
-  }
+  bool is_native = evidence >= kEnoughEvidence;
+  if (!is_native && evidence != 0) is_native = IsNativeOnThinEvidence(values, big, native);
+  if (evidence == 0) is_native = values.count() >= kManyValues && IsSmoother(native, big, 2);
   return is_native ? SampleOrder::kNative : SampleOrder::kBigEndian;
 }
 

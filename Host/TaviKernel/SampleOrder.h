@@ -16,9 +16,10 @@ namespace tavi::host {
  * native.
  *   - When one of the two bytes is zero throughout, the picture has 8 bits and both orders are equally
  * smooth: it is big-endian.
- *   - When one n fits but the evidence is thin, the order decides in which the picture is smoother: the sum
- * of differences between neighbours, related to the range of the values. Equally smooth (a constant picture):
- * native if no stretch fits the big-endian values.
+ *   - When one n fits but the evidence is thin, the order decides whose high bytes lie twice as close
+ * together as the other's; then the order in which the picture is smoother: the sum of differences between
+ * neighbours, related to the range of the values. Equally smooth (a constant picture): native if a stretch
+ * from at most 12 bits fits the native values and none the big-endian ones.
  *   - When none fits, the samples are big-endian, unless many different values are more than twice as smooth
  * read the other way.
  *

@@ -42,8 +42,14 @@ class ConformanceTest : public HostTest {
     ExpectReference(NtfBuilder{image}, tolerance);
   }
 
-  // The status of opening a file for its information.
-  int32_t OpenStatus(const BuiltFile& built) { return Info(Write(built)).status; }
+  // The status of opening a file as a document.
+  int32_t OpenStatus(const BuiltFile& built) {
+    NitfHandle handle = nullptr;
+    const int32_t status = Tavi_NITFCreate(&handle, Write(built).c_str());
+    EXPECT_EQ(handle != nullptr, status == SUCCESS);
+    if (handle != nullptr) Tavi_NITFDestroy(&handle);
+    return status;
+  }
 };
 
 // The red channel of all pixels, row by row: the grey levels of a grey picture.

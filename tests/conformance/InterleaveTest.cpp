@@ -312,6 +312,23 @@ TEST_F(Interleave, PixelOrderNeedsNoByteBehindTheLastRow) {
   EXPECT_EQ(Load(RgbImage(3, 3, 'P', Pattern(19))).status, ERR_FILE_READ);
 }
 
+TEST_F(Interleave, PixelOrderNeedsNoMoreThanItsLastChosenBand) {
+  // Five bands in three rows of three: the last row read ends at byte 30, shifted by the highest band chosen.
+  const std::vector<std::pair<std::vector<std::string>, size_t>> cases = {
+      {{"M ", "  ", "  ", "  ", "  "}, 30},
+      {{"  ", "  ", "  ", "  ", "M "}, 34},
+      {{"R ", "G ", "  ", "B ", "  "}, 33}};
+  for (const auto& [roles, needed] : cases) {
+    SCOPED_TRACE(needed);
+    ImageSpec image = RgbImage(3, 3, 'P', Pattern(needed));
+    image.Roles(roles);
+    EXPECT_EQ(Load(image).status, SUCCESS);
+    ExpectReference(image);
+    image.pixels.pop_back();
+    EXPECT_EQ(Load(image).status, ERR_FILE_READ);
+  }
+}
+
 TEST_F(Interleave, BlockOrderOfFourBandsCountsTheBitmapsBitsUnlessMulti) {
   ImageSpec image = Arranged('B', 4, 2, 1, 4, 2);
   const LoadedPicture multi = Load(image);

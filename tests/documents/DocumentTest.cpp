@@ -1,11 +1,32 @@
 #include "DocumentTest.h"
 
+#include <filesystem>
+#include <fstream>
 #include <ostream>
+#include <stdexcept>
 
 namespace tavi::documents {
 
 void PrintTo(const Extent& extent, std::ostream* out) {
   *out << extent.width << " x " << extent.height << " (status " << extent.status << ")";
+}
+
+std::wstring DocumentTest::Write(const tavi_test::BuiltFile& file) const {
+  const std::filesystem::path path = directory() / "file.ntf";
+  if (!std::filesystem::exists(path)) {
+    return file.Write(directory());
+  }
+  std::fstream out(path, std::ios::in | std::ios::out | std::ios::binary);
+  out.write(reinterpret_cast<const char*>(file.bytes.data()),
+            static_cast<std::streamsize>(file.bytes.size()));
+  out.close();
+  if (!out) {
+    throw std::runtime_error("cannot write " + path.string());
+  }
+  if (std::filesystem::file_size(path) != file.bytes.size()) {
+    std::filesystem::resize_file(path, file.bytes.size());
+  }
+  return path.wstring();
 }
 
 int32_t DocumentTest::OpenStatus(const tavi_test::BuiltFile& file) const {

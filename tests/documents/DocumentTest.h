@@ -40,7 +40,10 @@ void PrintTo(const Extent& extent, std::ostream* out);
 
 class DocumentTest : public tavi_test::HostTest {
  protected:
-  std::wstring Write(const tavi_test::BuiltFile& file) const { return file.Write(directory()); }
+  // Puts the bytes in the place of the test's one file and returns its path. The file is written over, never
+  // emptied first: file systems bring a file that is emptied and written anew to the disk at once, and these
+  // tests write many.
+  std::wstring Write(const tavi_test::BuiltFile& file) const;
   std::wstring Write(const tavi_test::NtfBuilder& file) const { return Write(file.Build()); }
 
   // The status of opening the file; a refused one leaves no handle.

@@ -277,6 +277,82 @@ TEST_F(OpeningFaults, AFileThatIsNotThereIsReported) {
   Expect(Kind::kAccess, ERR_FILE_NOT_FOUND);
 }
 
+// What a fault while drawing is reported as. One failure may pass: the look for the range of samples is not
+// needed, and of a run of blocks the last one's status counts. A failure that lasts is always reported.
+class DrawingFaults : public HostTest {
+ protected:
+  void Expect(Kind kind, int32_t status, bool once_may_pass) {
+    bool met = false;
+    for (const NamedFile& named : FilesOfEveryKind()) {
+      const std::wstring path = named.file.Build().Write(directory());
+      for (const bool lasting : {false, true}) {
+        uint64_t calls = 0;
+        for (Outcome outcome{0, true}; outcome.happened;) {
+          const Fault fault{kind, ++calls, lasting};
+          outcome = Render(path.c_str(), &fault);
+          met = met || outcome.happened;
+          if (outcome.happened && !(once_may_pass && !lasting && outcome.status == SUCCESS)) {
+            ASSERT_EQ(outcome.status, status) << named.name << ": " << Name(kind) << " at call " << calls;
+          }
+        }
+      }
+    }
+    EXPECT_TRUE(met);
+  }
+};
+
+TEST_F(DrawingFaults, ShortMemoryIsReported) {
+  Expect(Kind::kAlloc, ERR_NO_MEMORY, true);
+}
+TEST_F(DrawingFaults, ABitmapThatIsNotMadeIsReported) {
+  Expect(Kind::kCreateBitmap, ERR_NO_MEMORY, false);
+}
+TEST_F(DrawingFaults, ADrawingContextThatIsNotMadeIsReported) {
+  Expect(Kind::kCreateDc, ERR_NO_MEMORY, false);
+}
+TEST_F(DrawingFaults, AShortReadIsReported) {
+  Expect(Kind::kReadShort, ERR_FILE_READ, true);
+}
+TEST_F(DrawingFaults, AReadOfNothingIsReported) {
+  Expect(Kind::kReadNothing, ERR_FILE_READ, true);
+}
+TEST_F(DrawingFaults, ATileThatIsNotCombinedIsReported) {
+  Expect(Kind::kCombine, ERR_NO_BITMAP, true);
+}
+TEST_F(DrawingFaults, AnImageThatIsNotPaintedIsReported) {
+  Expect(Kind::kPaint, ERR_INVALID_PARAMETER, false);
+}
+
+// Palettes are a nicety: one that cannot be had leaves the picture without it.
+TEST_F(DrawingFaults, AMissingDefaultPaletteIsNoError) {
+  Expect(Kind::kDefaultPalette, SUCCESS, false);
+}
+TEST_F(DrawingFaults, AMissingPaletteIsNoError) {
+  Expect(Kind::kCreatePalette, SUCCESS, false);
+}
+
+// Sizing takes memory for the display list alone.
+TEST_F(DrawingFaults, ADisplayListWithoutMemory) {
+  const std::wstring path = FileOfEverything().Build().Write(directory());
+  const Fault first{Kind::kAlloc, 1, false};
+  EXPECT_EQ(Size(path.c_str(), &first).status, ERR_NO_MEMORY);
+}
+
+// Stretching is a nicety: a histogram or a brightening that fails leaves the picture as it is.
+TEST_F(DrawingFaults, ADarkImageThatIsNotStretched) {
+  for (const NamedFile& named : FilesOfEveryKind()) {
+    if (named.name == "Dark") {
+      const std::wstring path = named.file.Build().Write(directory());
+      for (const Kind kind : {Kind::kHistogram, Kind::kAdjust}) {
+        const Fault first{kind, 1, false};
+        const Outcome outcome = Load(path.c_str(), &first);
+        EXPECT_TRUE(outcome.happened) << Name(kind);
+        EXPECT_EQ(outcome.status, SUCCESS) << Name(kind);
+      }
+    }
+  }
+}
+
 // Making an empty document takes memory as well.
 TEST_F(OpeningFaults, AnEmptyDocumentWithoutMemoryIsRefused) {
   for (const Kind kind : {Kind::kAlloc, Kind::kNew}) {

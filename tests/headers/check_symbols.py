@@ -7,7 +7,7 @@
   check_symbols.py imports LIBRARY HEADER MACRO [--coverage]
                                              LIBRARY takes nothing but what HEADER declares and the standard library
 
-The NM environment variable names the nm to use.
+The NM environment variable names the nm to use. ldd and readelf are used as well.
 """
 
 import os
@@ -15,9 +15,10 @@ import re
 import subprocess
 import sys
 
-STANDARD_VERSIONS = ("GLIBC_", "GLIBCXX_", "CXXABI_", "GCC_")
-RUNTIME_PREFIXES = ("_ITM_", "__asan_", "__ubsan_", "__sanitizer_", "__lsan_", "__tsan_")
-RUNTIME_NAMES = {"__gmon_start__", "__cxa_finalize"}
+# The language's libraries, and the runtimes of the sanitizers, which stand before them in such builds.
+STANDARD_LIBRARY = re.compile(r"^(lib(c|m|stdc\+\+|gcc_s|asan|ubsan|lsan|tsan)\.so[.\d]*|ld-linux.*)$")
+HOST_LIBRARY = re.compile(r"^libTaviHost\.so[.\d]*$")
+OPTIONAL_NAMES = re.compile(r"^(_ITM_\w+|__gmon_start__)$")
 # The library reaches files, the environment and threads through its host or not at all.
 FORBIDDEN = re.compile(
     r"^(f?open(64)?|openat(64)?|creat|fdopen|freopen(64)?|read|pread(64)?|write|pwrite(64)?|fread|fwrite|fseeko?(64)?|"
@@ -26,26 +27,26 @@ FORBIDDEN = re.compile(
     r"_ZNSt13basic_filebuf.*|_ZNSt14basic_ifstream.*|_ZNSt14basic_ofstream.*|_ZNSt6thread.*|_ZSt4cout|_ZSt4cerr)$")
 
 
+def run(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
 def symbols(library, selection):
-    nm = os.environ.get("NM", "nm")
-    lines = subprocess.run([nm, "-D", selection, library], check=True, capture_output=True, text=True).stdout
+    """Names without their versions. The name of a version node has type A and is no symbol of its own."""
     found = set()
-    for line in lines.splitlines():
-        name = line.split()[-1]
-        found.add(name)
-    return found
-
-
-def exported(library):
-    # The name of a version node is an absolute symbol of type A and no export.
-    nm = os.environ.get("NM", "nm")
-    lines = subprocess.run([nm, "-D", "--defined-only", library], check=True, capture_output=True, text=True).stdout
-    found = set()
-    for line in lines.splitlines():
+    for line in run(os.environ.get("NM", "nm"), "-D", selection, library).splitlines():
         fields = line.split()
         if fields[-2] != "A":
             found.add(fields[-1].split("@")[0])
     return found
+
+
+def exported(library):
+    return symbols(library, "--defined-only")
+
+
+def imported(library):
+    return symbols(library, "--undefined-only")
 
 
 def listed(path):
@@ -77,20 +78,33 @@ def compare(what, expected, actual):
     return 1 if missing or surplus else 0
 
 
+def standard_names(library):
+    """What the standard libraries that the library loads provide, and the names of all others that it loads."""
+    names = set()
+    others = []
+    for line in run("ldd", library).splitlines():
+        name = os.path.basename(line.split()[0])
+        path = re.search(r"(/\S+) \(", line)
+        if STANDARD_LIBRARY.match(name) and path:
+            names |= exported(path.group(1))
+    for name in re.findall(r"\(NEEDED\).*\[(.+)\]", run("readelf", "-d", library)):
+        if not STANDARD_LIBRARY.match(name) and not HOST_LIBRARY.match(name):
+            others.append(name)
+    return names, others
+
+
 def check_imports(library, host_names, coverage):
-    faults = []
-    host_imports = 0
-    for entry in sorted(symbols(library, "--undefined-only")):
-        name, _, version = entry.partition("@")
-        version = version.lstrip("@")
-        if name in host_names:
-            host_imports += 1
-        elif name in RUNTIME_NAMES or name.startswith(RUNTIME_PREFIXES):
+    standard, others = standard_names(library)
+    faults = [f"{name} is needed: only the host and the standard library may be" for name in others]
+    imports = imported(library)
+    for name in sorted(imports - host_names):
+        if OPTIONAL_NAMES.match(name):
             continue
-        elif not version.startswith(STANDARD_VERSIONS):
-            faults.append(f"{entry} is neither declared by the host's header nor of the standard library")
+        if name not in standard:
+            faults.append(f"{name} is neither declared by the host's header nor of the standard library")
         elif FORBIDDEN.match(name) and not coverage:
-            faults.append(f"{entry} goes round the host")
+            faults.append(f"{name} goes round the host")
+    host_imports = len(imports & host_names)
     if host_imports == 0:
         faults.append("no host operation is imported at all: the list cannot be right")
     for fault in faults:

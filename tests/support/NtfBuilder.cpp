@@ -490,6 +490,8 @@ BuiltFile& BuiltFile::Truncate(const std::string& name, size_t keep) {
 
 std::wstring BuiltFile::Write(const std::filesystem::path& directory, const std::string& name) const {
   const std::filesystem::path path = directory / name;
+  // A new file: cutting an old one off makes some file systems write it out at once.
+  std::filesystem::remove(path);
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   out.close();

@@ -45,7 +45,7 @@ double Height(double x, double y) {
   double height = -0.47;
   double share = 0.5;
   double scale = 1.0 / 150;
-  for (int octave = 0; octave < 6; ++octave) {
+  for (int octave = 0; octave < 5; ++octave) {
     height += share * Noise(x * scale + 7 * octave, y * scale + 3 * octave);
     share *= 0.5;
     scale *= 2;

@@ -112,7 +112,7 @@ class ManyFiles(ToolTest):
         self.assertEqual(len(list(out.iterdir())), 10)
 
     def test_progress_on_a_terminal_only(self):
-        sources = self.make_inputs(16)
+        sources = self.make_inputs(10)
         arguments = [TOOL, "render", *map(str, sources), "-d", str(self.folder / "out"), "--fixed-canvas"]
         master, slave = pty.openpty()
         process = subprocess.Popen(arguments, stdout=slave, stderr=slave)
@@ -128,7 +128,7 @@ class ManyFiles(ToolTest):
             shown += chunk
         os.close(master)
         self.assertEqual(process.wait(), 0)
-        self.assertRegex(shown, rb"\r\[#+\.+\] \d+ of 16")
+        self.assertRegex(shown, rb"\r\[#+\.+\] \d+ of 10")
         self.assertTrue(shown.endswith(b"\r\x1b[K"), shown[-60:])
         self.check("render", *sources, "-d", self.folder / "out", "--fixed-canvas", "-j", "2")
 

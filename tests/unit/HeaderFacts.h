@@ -1,5 +1,6 @@
-// A second statement of the headers' fields, which the tests compare with the library's tables. It is typed from the
-// format's own tables and not from the code: a width changed by mistake must be changed here as well.
+// A second statement of the headers' fields, which the tests compare with the library's tables. It is typed
+// from the format's own tables and not from the code: a width changed by mistake must be changed here as
+// well.
 #ifndef TAVI_TESTS_UNIT_HEADER_FACTS_H
 #define TAVI_TESTS_UNIT_HEADER_FACTS_H
 
@@ -96,8 +97,8 @@ inline std::string DefaultTexts(Facts facts, size_t size) {
   return texts;
 }
 
-// What reading a file makes of a record's texts: each field of the layout at the start of its buffer, a NUL behind
-// those named in `terminated` (all of them when it is empty), and nothing else touched.
+// What reading a file makes of a record's texts: each field of the layout at the start of its buffer, a NUL
+// behind those named in `terminated` (all of them when it is empty), and nothing else touched.
 inline std::string TextsAfterReading(std::string before, Facts facts, tavi::Layout layout,
                                      const tavi_test::BuiltFile& file, const std::string& prefix,
                                      const std::set<std::string>& terminated = {}) {

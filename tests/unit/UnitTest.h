@@ -1,5 +1,5 @@
-// The fixture of the unit tests: files of the independent builder under a bare document, and the promise that every
-// test leaves nothing alive in the host.
+// The fixture of the unit tests: files of the independent builder under a bare document, and the promise that
+// every test leaves nothing alive in the host.
 #ifndef TAVI_TESTS_UNIT_UNIT_TEST_H
 #define TAVI_TESTS_UNIT_UNIT_TEST_H
 

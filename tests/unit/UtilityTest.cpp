@@ -193,8 +193,14 @@ TEST(ParseIntegerTest, StopsAtTheFirstOtherCharacter) {
 }
 
 TEST(ParseIntegerTest, StopsAtANul) {
-  EXPECT_EQ(Parsed(std::string("12\0" "34", 5)), 12);
-  EXPECT_EQ(Parsed(std::string("\0" "34", 3)), 0);
+  EXPECT_EQ(Parsed(std::string("12\0"
+                               "34",
+                               5)),
+            12);
+  EXPECT_EQ(Parsed(std::string("\0"
+                               "34",
+                               3)),
+            0);
 }
 
 TEST(ParseIntegerTest, StopsAtTheFieldsWidth) {
@@ -241,12 +247,13 @@ TEST_P(LocationPairTest, HalvesAreSigned) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, LocationPairTest,
-    testing::Values(PairCase{"0000000000", 0, 0}, PairCase{"-001200012", -12, 12}, PairCase{"00012-0012", 12, -12},
-                    PairCase{"-0012-0034", -12, -34}, PairCase{"9999999999", 99999, 99999},
-                    PairCase{"-9999-9999", -9999, -9999},
+    testing::Values(PairCase{"0000000000", 0, 0}, PairCase{"-001200012", -12, 12},
+                    PairCase{"00012-0012", 12, -12}, PairCase{"-0012-0034", -12, -34},
+                    PairCase{"9999999999", 99999, 99999}, PairCase{"-9999-9999", -9999, -9999},
                     // A sign behind the first character ends the number: what the bounds setter writes.
-                    PairCase{"00-1200-34", 0, 0}, PairCase{"   12  -12", 12, -12}, PairCase{"+0012abcde", 12, 0},
-                    PairCase{"-    -   1", 0, 0}, PairCase{"--012--034", 0, 0}, PairCase{"12345-6789", 12345, -6789}));
+                    PairCase{"00-1200-34", 0, 0}, PairCase{"   12  -12", 12, -12},
+                    PairCase{"+0012abcde", 12, 0}, PairCase{"-    -   1", 0, 0}, PairCase{"--012--034", 0, 0},
+                    PairCase{"12345-6789", 12345, -6789}));
 
 TEST(LocationPairTest, DoesNotReadBeyondItsTenCharacters) {
   const std::vector<char> exact = {'0', '0', '0', '0', '1', '-', '0', '0', '0', '2'};
