@@ -1,6 +1,9 @@
 #include "HandlImg.h"
 
 #include "ImgBlocks.h"
+#include "ImgEmbedded.h"
+#include "ImgFax.h"
+#include "ImgVq.h"
 
 namespace tavi {
 
@@ -29,13 +32,14 @@ int32_t DecodeUncompressed(SegmentJob& job) {
   }
 }
 
-int32_t DecodeByCompression(SegmentJob& job) {
+int32_t DecodeByCompression(FilterLoadContext* context, SegmentJob& job) {
   switch (job.image.Compression) {
     case kNC:
     case kNM:
       return job.image.PixelType == kPixelBilevel ? DecodeBilevelBlocks(job) : DecodeUncompressed(job);
     case kC1:
-    case kM1:  // fax data: not built yet
+    case kM1:
+      return DecodeFaxSegment(context, job);
     case kC3:
     case kC5:
     case kC6:
@@ -44,10 +48,11 @@ int32_t DecodeByCompression(SegmentJob& job) {
     case kM3:
     case kM5:
     case kM6:
-    case kM8:  // embedded streams: not built yet
+    case kM8:
+      return DecodeEmbedded(context, job);
     case kC4:
-    case kM4:  // vector quantised data: not built yet
-      return ERR_NOT_SUPPORTED;
+    case kM4:
+      return DecodeVectorQuantised(job);
     default:  // C0, C2, M0, M2
       return ERR_NOT_SUPPORTED;
   }
@@ -92,13 +97,14 @@ int32_t DrawImageSegment(FilterLoadContext* context, HostDrawingContext dc, Nitf
   return PaintSegmentBitmap(dc, bitmap.get(), *image, row_offset, column_offset);
 }
 
-int32_t DecodeImageSegment(FilterLoadContext*, NitfFile& document, uint32_t index, HostBitmap* bitmap) {
+int32_t DecodeImageSegment(FilterLoadContext* context, NitfFile& document, uint32_t index,
+                           HostBitmap* bitmap) {
   ImSubHdr* image = SubheaderAt(document.Images, index, document.ImageCount);
   if (image == nullptr) return ERR_INVALID_PARAMETER;
   int32_t status = CreateSegmentBitmap(bitmap, *image);
   if (status != SUCCESS) return status;
   SegmentJob job(document, *image, index, bitmap);
-  status = DecodeByCompression(job);
+  status = DecodeByCompression(context, job);
   if (status != SUCCESS && (bitmap->flags & 1) != 0) HostFreeBitmap(bitmap);
   return status;
 }

@@ -274,8 +274,5 @@ uint32_t ImageDataLength(const NitfFile& d, uint32_t index) {
 }  // namespace tavi
 
 NitfFile::~NitfFile() {
-  if (File != tavi::kNoFile || Images != nullptr || Graphics != nullptr || Labels != nullptr ||
-      Texts != nullptr || DataExtensions != nullptr) {
-    tavi::FreeObjects(*this);
-  }
+  tavi::FreeObjects(*this);
 }

@@ -93,6 +93,7 @@ int32_t fltInfo(FilterInfoContext* context) {
 
 int32_t fltLoad(FilterLoadContext* context) {
   if (context == nullptr) return ERR_NULL_ARGUMENT;
+  NitfFile document;
   if (context->load_memory == nullptr || context->set_load_hook == nullptr ||
       context->third_entry == nullptr) {
     return ERR_FILE_FORMAT;
@@ -101,7 +102,6 @@ int32_t fltLoad(FilterLoadContext* context) {
       context->load_flags == nullptr) {
     return ERR_NULL_ARGUMENT;
   }
-  NitfFile document;
   tavi::TakeLoadFlags(document, context->load_flags);
   uint32_t width = 0;
   uint32_t height = 0;
@@ -117,6 +117,7 @@ int32_t fltLoad(FilterLoadContext* context) {
 }
 
 int32_t fltSave(void*) {
+  const NitfFile document;
   return ERR_NOT_SUPPORTED;
 }
 

@@ -14,7 +14,6 @@ constexpr int32_t kTrackedObject = 4;
 
 void ReleaseDocument(NitfFile* document) {
   HostTrackRemove(kTrackedObject, document, Here().line, Here().unit);
-  FreeObjects(*document);
   delete document;
 }
 

@@ -78,7 +78,7 @@ typedef struct HostBitmap {
   uint32_t bits;           /* bits per pixel: 1 to 8, 12, 16, 24, 32, 48 or 64 */
   uint32_t bytes_per_line; /* bytes from one row to the next */
   uint8_t host36[12];
-  uint8_t flags; /* bit 0: the record holds allocated pixel memory */
+  uint8_t flags; /* bit 0: the record holds memory to free: pixels, or a palette of its own */
   uint8_t host49[3];
   uint32_t color_count; /* palette entries in use; 0 without a palette */
   uint8_t host56[8];

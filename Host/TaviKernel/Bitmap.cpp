@@ -177,15 +177,17 @@ void HostAccessBitmap(HostBitmap*) {}
 void HostReleaseBitmap(HostBitmap*) {}
 
 void HostGetBitmapRow(const HostBitmap* bitmap, void* buffer, uint32_t row, uint64_t bytes) {
-  PixelView view;
-  if (buffer == nullptr || !ViewOf(bitmap, &view) || row >= view.height) return;
-  std::memcpy(buffer, view.ReadRow(row), std::min(bytes, view.stride));
+  BitmapPart part;
+  PixelRows rows;
+  if (buffer == nullptr || !RowsOf(bitmap, &part, &rows) || row >= rows.height) return;
+  std::memcpy(buffer, rows.ReadRow(row), std::min(bytes, rows.stride));
 }
 
 void HostPutBitmapRow(HostBitmap* bitmap, const void* buffer, uint32_t row, uint64_t bytes) {
-  PixelView view;
-  if (buffer == nullptr || !ViewOf(bitmap, &view) || row >= view.height) return;
-  if (IsDeep(view.layout)) SetFullScale(bitmap, SampleOrder::kUnknown);
-  uint8_t* const target = bytes >= view.stride ? view.ReplaceRow(row) : view.ChangeRow(row);
-  std::memcpy(target, buffer, std::min(bytes, view.stride));
+  BitmapPart part;
+  PixelRows rows;
+  if (buffer == nullptr || !RowsOf(bitmap, &part, &rows) || row >= rows.height) return;
+  if (part.bits == 16 || part.bits >= 48) SetFullScale(bitmap, SampleOrder::kUnknown);
+  uint8_t* const target = bytes >= rows.stride ? rows.ReplaceRow(row) : rows.ChangeRow(row);
+  std::memcpy(target, buffer, std::min(bytes, rows.stride));
 }

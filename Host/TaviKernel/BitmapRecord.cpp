@@ -9,37 +9,6 @@
 #include "TaviKernel/Tracking.h"
 
 namespace tavi::host {
-namespace {
-
-constexpr uint64_t kMagic = 0x50414D5449564154;
-
-static_assert(sizeof(BitmapPart) <= sizeof(HostBitmap::host72));
-
-}  // namespace
-
-BitmapPart LoadPart(const HostBitmap& bitmap) noexcept {
-  BitmapPart part;
-  std::memcpy(&part, bitmap.host72, sizeof part);
-  return part;
-}
-
-void StorePart(HostBitmap* bitmap, const BitmapPart& part) noexcept {
-  BitmapPart stored = part;
-  stored.magic = kMagic;
-  std::memcpy(bitmap->host72, &stored, sizeof stored);
-}
-
-bool HasMagic(const BitmapPart& part) noexcept {
-  return part.magic == kMagic;
-}
-
-bool IsValid(const HostBitmap* bitmap, BitmapPart* part) noexcept {
-  if (bitmap == nullptr) return false;
-  *part = LoadPart(*bitmap);
-  return HasMagic(*part) && part->width == bitmap->width && part->height == bitmap->height &&
-         part->bits == bitmap->bits && part->bytes_per_line == bitmap->bytes_per_line;
-}
-
 bool IsDepth(uint32_t bits) noexcept {
   constexpr uint32_t kDeep[] = {12, 16, 24, 32, 48, 64};
   return IsIndexed(bits) || std::find(std::begin(kDeep), std::end(kDeep), bits) != std::end(kDeep);

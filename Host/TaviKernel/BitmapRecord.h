@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "TaviHost.h"
 #include "TaviKernel/PixelMemory.h"
@@ -43,12 +44,31 @@ struct BitmapPart {
   SampleOrder sample_order = SampleOrder::kUnknown;
 };
 
-BitmapPart LoadPart(const HostBitmap& bitmap) noexcept;
-void StorePart(HostBitmap* bitmap, const BitmapPart& part) noexcept;
+inline constexpr uint64_t kBitmapMagic = 0x50414D5449564154;
+static_assert(sizeof(BitmapPart) <= sizeof(HostBitmap::host72));
+
+inline BitmapPart LoadPart(const HostBitmap& bitmap) noexcept {
+  BitmapPart part;
+  std::memcpy(&part, bitmap.host72, sizeof part);
+  return part;
+}
+
+inline void StorePart(HostBitmap* bitmap, BitmapPart part) noexcept {
+  part.magic = kBitmapMagic;
+  std::memcpy(bitmap->host72, &part, sizeof part);
+}
 
 // Whether the record was made by this host, and whether moreover its shape is as it was made.
-bool HasMagic(const BitmapPart& part) noexcept;
-bool IsValid(const HostBitmap* bitmap, BitmapPart* part) noexcept;
+inline bool HasMagic(const BitmapPart& part) noexcept {
+  return part.magic == kBitmapMagic;
+}
+
+inline bool IsValid(const HostBitmap* bitmap, BitmapPart* part) noexcept {
+  if (bitmap == nullptr) return false;
+  *part = LoadPart(*bitmap);
+  return HasMagic(*part) && part->width == bitmap->width && part->height == bitmap->height &&
+         part->bits == bitmap->bits && part->bytes_per_line == bitmap->bytes_per_line;
+}
 
 // 1 to 8, 12, 16, 24, 32, 48 or 64.
 bool IsDepth(uint32_t bits) noexcept;

@@ -7,6 +7,8 @@
 namespace tavi::host {
 namespace {
 
+// Smaller pictures are filled as fast as noted.
+constexpr uint64_t kSmallestPutOff = uint64_t{64} << 10;
 // Rows so long that a spare one to hold the pattern would be a burden are filled at once.
 constexpr uint64_t kLongestPattern = uint64_t{1} << 20;
 
@@ -16,26 +18,29 @@ bool IsUniform(const uint8_t* bytes, uint64_t size) {
 
 }  // namespace
 
-bool PixelMemory::AllocateLarge(uint64_t size) noexcept {
-  block_ = AcquireLargeBlock(size);
-  if (block_.bytes == nullptr) return false;
-  bytes_ = block_.bytes;
+// Makes room to note the rows that are still to be filled. Without memory for it, filling is never put off.
+void PixelMemory::AllocatePending() noexcept {
   const uint64_t words = (uint64_t{rows_} + 63) / 64;
-  if (bytes_per_line_ <= kLongestPattern) {
-    pending_ = static_cast<uint64_t*>(std::calloc(1, words * sizeof(uint64_t) + bytes_per_line_));
-  }
+  pending_ = static_cast<uint64_t*>(std::calloc(1, words * sizeof(uint64_t) + bytes_per_line_));
   if (pending_ != nullptr) pattern_ = reinterpret_cast<uint8_t*>(pending_ + words);
-  if (!block_.zeroed) FillRows(nullptr);
-  return true;
 }
 
 bool PixelMemory::Allocate(uint32_t rows, uint64_t bytes_per_line) noexcept {
   rows_ = rows;
   bytes_per_line_ = bytes_per_line;
   const uint64_t size = rows * bytes_per_line;
-  if (size >= kLargeBlockBytes && UseLargeBlocks()) return AllocateLarge(size);
-  bytes_ = static_cast<uint8_t*>(std::calloc(size, 1));
-  return bytes_ != nullptr;
+  bool zeroed = true;
+  if (size >= kLargeBlockBytes && UseLargeBlocks()) {
+    block_ = AcquireLargeBlock(size);
+    bytes_ = block_.bytes;
+    zeroed = block_.zeroed;
+  } else {
+    bytes_ = static_cast<uint8_t*>(std::calloc(size, 1));
+  }
+  if (bytes_ == nullptr) return false;
+  if (size >= kSmallestPutOff && bytes_per_line <= kLongestPattern) AllocatePending();
+  if (!zeroed) FillRows(nullptr);
+  return true;
 }
 
 void PixelMemory::Free() noexcept {

@@ -36,7 +36,7 @@ class PixelMemory {
   }
   void WritePattern(uint32_t row) noexcept;
   void FillNow(const uint8_t* pattern) noexcept;
-  bool AllocateLarge(uint64_t size) noexcept;
+  void AllocatePending() noexcept;
 
   uint8_t* bytes_ = nullptr;
   LargeBlock block_;

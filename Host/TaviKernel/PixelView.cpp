@@ -32,13 +32,9 @@ uint32_t SignificantBitsOf(const HostBitmap& bitmap) {
 
 bool ViewOf(const HostBitmap* bitmap, PixelView* view) noexcept {
   BitmapPart part;
-  if (!IsValid(bitmap, &part) || part.pixels == nullptr || part.width == 0 || part.height == 0) return false;
-  view->pixels = part.pixels;
-  view->memory = part.source == PixelSource::kAllocated ? &part.body->memory : nullptr;
+  if (!RowsOf(bitmap, &part, view)) return false;
   view->width = part.width;
-  view->height = part.height;
   view->bits = part.bits;
-  view->stride = part.bytes_per_line;
   view->layout = LayoutOf(part.bits);
   view->red_first = bitmap->order == 0;
   view->bottom_up = bitmap->view_perspective == kBottomUp;
@@ -54,18 +50,6 @@ bool IsVoid(const HostBitmap* bitmap) noexcept {
   BitmapPart part;
   return IsValid(bitmap, &part) && part.source == PixelSource::kAttached &&
          (part.width == 0 || part.height == 0);
-}
-
-void SetSampleOrder(HostBitmap* bitmap, SampleOrder order) noexcept {
-  BitmapPart part;
-  if (!IsValid(bitmap, &part) || part.sample_order == order) return;
-  part.sample_order = order;
-  StorePart(bitmap, part);
-}
-
-void SetFullScale(HostBitmap* bitmap, SampleOrder samples) noexcept {
-  bitmap->host49[0] = 0;
-  SetSampleOrder(bitmap, samples);
 }
 
 void CopySampleForm(HostBitmap* destination, const HostBitmap& source,

@@ -13,28 +13,12 @@ namespace tavi::host {
 // order is.
 enum class Layout : uint8_t { kIndexed, kGrey12, kGrey16, kColor24, kColor32, kColor48, kColor64 };
 
-struct PixelView {
+// The rows of a bitmap in storage order. All access to pixels goes through the three row operations.
+struct PixelRows {
   uint8_t* pixels = nullptr;
   PixelMemory* memory = nullptr;  // null for attached pixels
-  uint32_t width = 0;
   uint32_t height = 0;
-  uint32_t bits = 0;
   uint64_t stride = 0;
-  Layout layout = Layout::kIndexed;
-  bool red_first = false;  // of colour layouts; orders 1 and 2 are both blue first
-  bool bottom_up = false;
-  SampleOrder sample_order = SampleOrder::kUnknown;
-  uint32_t significant_bits = 16;  // of 16-bit samples: 9 to 16, the upper bits being zero
-  const HostPaletteEntry* palette = nullptr;
-  uint32_t palette_count = 0;
-
-  // The storage row of a row of the picture, counted from its top.
-  uint32_t StorageRow(uint32_t picture_row) const {
-    return bottom_up ? height - 1 - picture_row : picture_row;
-  }
-
-  // Bytes of a row that hold pixels, the last one perhaps in part.
-  uint64_t UsedBytes() const { return (uint64_t{bits} * width + 7) / 8; }
 
   const uint8_t* ReadRow(uint32_t row) const {
     if (memory != nullptr) memory->Settle(row);
@@ -53,18 +37,57 @@ struct PixelView {
   }
 };
 
+struct PixelView : PixelRows {
+  uint32_t width = 0;
+  uint32_t bits = 0;
+  Layout layout = Layout::kIndexed;
+  bool red_first = false;  // of colour layouts; orders 1 and 2 are both blue first
+  bool bottom_up = false;
+  SampleOrder sample_order = SampleOrder::kUnknown;
+  uint32_t significant_bits = 16;  // of 16-bit samples: 9 to 16, the upper bits being zero
+  const HostPaletteEntry* palette = nullptr;
+  uint32_t palette_count = 0;
+
+  // Bytes of a row that hold pixels, the last one perhaps in part.
+  uint64_t UsedBytes() const { return (uint64_t{bits} * width + 7) / 8; }
+
+  // The storage row of a row of the picture, counted from its top.
+  uint32_t StorageRow(uint32_t picture_row) const {
+    return bottom_up ? height - 1 - picture_row : picture_row;
+  }
+};
+
 // False for a record that is not valid or has no pixels.
+inline bool RowsOf(const HostBitmap* bitmap, BitmapPart* part, PixelRows* rows) noexcept {
+  if (!IsValid(bitmap, part) || part->pixels == nullptr) return false;
+  rows->pixels = part->pixels;
+  rows->memory = part->source == PixelSource::kAllocated ? &part->body->memory : nullptr;
+  rows->height = part->width != 0 ? part->height : 0;
+  rows->stride = part->bytes_per_line;
+  return rows->height != 0;
+}
+
+// The same, for operations that look into the pixels.
 bool ViewOf(const HostBitmap* bitmap, PixelView* view) noexcept;
 
 // A record made with memory flags 2 whose picture has no area: valid, with nothing in it.
 bool IsVoid(const HostBitmap* bitmap) noexcept;
 
 // Notes the byte order of the 16-bit samples.
-void SetSampleOrder(HostBitmap* bitmap, SampleOrder order) noexcept;
+inline void SetSampleOrder(HostBitmap* bitmap, SampleOrder order) noexcept {
+  BitmapPart part;
+  if (!IsValid(bitmap, &part) || part.sample_order == order) return;
+  part.sample_order = order;
+  StorePart(bitmap, part);
+}
 
-// What is known of the samples of 16 bits a channel: their byte order, and how many of the bits are
-// significant. `samples` is the order of full-scale samples that now stand in the bitmap.
-void SetFullScale(HostBitmap* bitmap, SampleOrder samples) noexcept;
+// Notes that full-scale samples of this byte order now stand in the bitmap.
+inline void SetFullScale(HostBitmap* bitmap, SampleOrder order) noexcept {
+  bitmap->host49[0] = 0;
+  SetSampleOrder(bitmap, order);
+}
+
+// Notes that the source's samples now stand in the destination.
 void CopySampleForm(HostBitmap* destination, const HostBitmap& source, const PixelView& source_view) noexcept;
 
 }  // namespace tavi::host

@@ -1,8 +1,10 @@
-// Draws a NITF file into a PPM picture.
-//
-//   c++ -std=c++20 -Iinclude docs/examples/render.cpp -o render \
-//       -Lbuild/lib -Wl,-rpath,build/lib -lTaviNitf -lTaviHost
-//   ./render image.ntf image.ppm
+/*
+ * Draws a NITF file into a PPM picture.
+ *
+ *   c++ -std=c++20 -Iinclude docs/examples/render.cpp -o render \
+ *       -Lbuild/lib -Wl,-rpath,build/lib -lTaviNitf -lTaviHost
+ *   ./render image.ntf image.ppm
+ */
 #include <filesystem>
 #include <fstream>
 #include <iostream>

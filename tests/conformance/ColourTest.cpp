@@ -166,11 +166,13 @@ TEST_F(Colour, TableOnSixteenBitsIsHandedOver) {
   EXPECT_EQ(Load(image).status, SUCCESS);
 }
 
-TEST_F(Colour, TableThatTheHostRefusesLeavesTheBitmapsOwnPalette) {
-  // The host has no palettes of more than 256 entries, and a palette that cannot be had is no failure.
-  ImageSpec image = GreyImage(2, 1, {0, 255});
-  image.bands[0].luts = {Bytes(257, 5)};
-  EXPECT_EQ(Greys(Load(image)), (std::vector<int>{0, 255}));
+TEST_F(Colour, TableOfMoreEntriesThanTheDepthHasColoursWithItsFirstOnes) {
+  ImageSpec image = GreyImage(3, 1, {0, 1, 255});
+  Bytes table(300, 5);
+  table[1] = 60;
+  table[255] = 77;
+  image.bands[0].luts = {table};
+  EXPECT_EQ(Greys(Load(image)), (std::vector<int>{5, 60, 77}));
 }
 
 TEST_F(Colour, ShortTableColoursWhatItHas) {

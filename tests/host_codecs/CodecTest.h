@@ -33,7 +33,8 @@ struct Pixels {
   }
 };
 
-// Slopes and shapes, different in each channel, over the whole range of `bits`. The same for the same arguments.
+// Slopes and shapes, different in each channel, over the whole range of `bits`. The same for the same
+// arguments.
 Pixels MakeScene(uint32_t width, uint32_t height, uint32_t channels, uint32_t bits);
 // Unrelated samples: what no codec can guess.
 Pixels MakeNoise(uint32_t width, uint32_t height, uint32_t channels, uint32_t bits, uint32_t seed = 1);

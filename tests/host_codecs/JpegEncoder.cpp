@@ -1,7 +1,9 @@
 #include "JpegEncoder.h"
 
+#include <algorithm>
 #include <cstdio>  // jpeglib.h needs its types
 #include <cstdlib>
+#include <iterator>
 
 #include <jpeglib.h>
 
@@ -114,9 +116,12 @@ Pixels DecodeJpeg(const Stream& stream, bool components) {
 }
 
 Stream WithNitfHeader(const Stream& stream) {
-  Stream whole = {0xFF, 0xD8, 0xFF, 0xE6, 0x00, 0x19, 'N',  'I',  'T',  'F',  0x00, 0x02, 0x00, 'B',
-                  0x00, 0x02, 0x00, 0x02, 0x03, 0x08, 0x00, 0x01, 0x00, 0x03, 0x08, 0x01, 0x01};
-  whole.insert(whole.end(), stream.begin(), stream.end());
+  static constexpr uint8_t kHeader[] = {0xFF, 0xD8, 0xFF, 0xE6, 0x00, 0x19, 'N',  'I',  'T',
+                                        'F',  0x00, 0x02, 0x00, 'B',  0x00, 0x02, 0x00, 0x02,
+                                        0x03, 0x08, 0x00, 0x01, 0x00, 0x03, 0x08, 0x01, 0x01};
+  Stream whole(sizeof kHeader + stream.size());
+  std::copy(std::begin(kHeader), std::end(kHeader), whole.begin());
+  std::copy(stream.begin(), stream.end(), whole.begin() + sizeof kHeader);
   return whole;
 }
 

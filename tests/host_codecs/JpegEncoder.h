@@ -16,9 +16,9 @@ struct JpegSettings {
   bool progressive = false;
   bool arithmetic = false;
   int restart_rows = 0;
-  bool markers = true;   // JFIF or Adobe
-  bool tables = true;    // false: an abbreviated stream that relies on the default tables, of quality 50
-  int adobe = -1;        // transform of an Adobe marker of its own
+  bool markers = true;  // JFIF or Adobe
+  bool tables = true;   // false: an abbreviated stream that relies on the default tables, of quality 50
+  int adobe = -1;       // transform of an Adobe marker of its own
 };
 
 Stream EncodeJpeg(const Pixels& pixels, const JpegSettings& settings);

@@ -78,7 +78,8 @@ TEST_F(JpegTest, WithoutMarkersThreeComponentsAreYccByCustom) {
 
 TEST_F(JpegTest, RgbOptionTakesUnmarkedComponentsAsRedGreenBlue) {
   const Pixels scene = MakeScene(40, 40, 3, 8);
-  // The encoder's own RGB streams carry component names that give them away: as unknown components they do not.
+  // The encoder's own RGB streams carry component names that give them away: as unknown components they do
+  // not.
   const Stream stream = EncodeJpeg(scene, {.color = JpegColor::kUnknown, .quality = 98, .markers = false});
   const Pixels components = DecodeJpeg(stream, true);
   EXPECT_EQ(MaxDifference(LoadPixels(stream, {.flags = kAsRgb}), components), 0);
@@ -143,8 +144,9 @@ TEST_F(JpegTest, BandsBeyondTheLastAreTheLast) {
   EXPECT_EQ(grey.samples, ChannelOf(components, 0).samples);
   // One component is grey whatever bands are asked for.
   const Stream one = EncodeJpeg(MakeScene(20, 20, 1, 8), {.color = JpegColor::kGrey});
-  EXPECT_EQ(MaxDifference(LoadPixels(one, {.flags = kAsBands, .red = 5, .green = 6, .blue = 7}), DecodeJpeg(one)),
-            0);
+  EXPECT_EQ(
+      MaxDifference(LoadPixels(one, {.flags = kAsBands, .red = 5, .green = 6, .blue = 7}), DecodeJpeg(one)),
+      0);
 }
 
 // Ink of 255 in a marked stream means none.
@@ -153,7 +155,8 @@ Pixels FromInks(const Pixels& inks, bool inverted) {
   for (uint32_t y = 0; y < inks.height; ++y) {
     for (uint32_t x = 0; x < inks.width; ++x) {
       const auto light = [&](uint32_t c) { return inverted ? inks.At(x, y, c) : 255.0 - inks.At(x, y, c); };
-      for (uint32_t c = 0; c < 3; ++c) rgb.At(x, y, c) = static_cast<uint16_t>(light(c) * light(3) / 255 + 0.5);
+      for (uint32_t c = 0; c < 3; ++c)
+        rgb.At(x, y, c) = static_cast<uint16_t>(light(c) * light(3) / 255 + 0.5);
     }
   }
   return rgb;

@@ -1,0 +1,352 @@
+#include "ImgVq.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <optional>
+
+#include "ImgSamples.h"
+
+namespace tavi {
+
+TAVI_UNIT(L"Common/ImgVq")
+
+namespace {
+
+// The bits not yet used, of the whole process: what one block or image leaves is where the next one begins.
+struct BitReservoir {
+  std::mutex guard;
+  uint32_t bits = 0;
+  uint32_t count = 0;
+};
+BitReservoir reservoir;
+
+// The codes of a segment, read from the file in large pieces.
+class CodeReader {
+ public:
+  CodeReader(NitfFile& document, uint32_t code_bits) : document_(document), code_bits_(code_bits) {}
+  bool Prepare() { return piece_.Allocate(kPiece, Here()); }
+
+  // False when the file ends inside the code.
+  bool Next(uint32_t& code) {
+    while (reservoir.count < code_bits_) {
+      if (used_ == filled_ && !Fill()) return false;
+      reservoir.bits = reservoir.bits << 8 | piece_[used_++];
+      reservoir.count += 8;
+    }
+    reservoir.count -= code_bits_;
+    code = reservoir.bits >> reservoir.count & ((1U << code_bits_) - 1);
+    return true;
+  }
+
+ private:
+  static constexpr uint64_t kPiece = 64 * 1024;
+
+  bool Fill() {
+    used_ = 0;
+    filled_ = HostFileRead(document_.File, piece_.data(), kPiece);
+    return filled_ != 0;
+  }
+
+  NitfFile& document_;
+  uint32_t code_bits_;
+  HostArray<uint8_t> piece_;
+  uint64_t used_ = 0;
+  uint64_t filled_ = 0;
+};
+
+// The look-up tables as the file holds them: table t has one line of `height` bytes for each entry. Entry e's
+// kernel is the lines of all tables; where there are more tables than a kernel has lines, the later ones
+// reach into the entries behind.
+class Codebook {
+ public:
+  Codebook(uint32_t tables, uint32_t entries, uint32_t width, uint32_t height)
+      : tables_(tables), entries_(entries), width_(width), height_(height) {}
+
+  int32_t Read(NitfFile& document) {
+    const uint64_t size = static_cast<uint64_t>(entries_) * height_ * tables_;
+    const int64_t left = document.SourceSize - HostFileSeek(document.File, 0, kFromHere);
+    if (left < 0 || (entries_ != 0 && size / entries_ / height_ != tables_) ||
+        size > static_cast<uint64_t>(left)) {
+      return ERR_FILE_READ;
+    }
+    if (!lines_.Allocate(size, Here()) || !kernel_.Allocate(kernel_size(), Here())) return ERR_NO_MEMORY;
+    if (HostFileRead(document.File, lines_.data(), size) != size) return ERR_FILE_READ;
+    return tables_ == width_ ? GatherAll() : SUCCESS;
+  }
+
+  // The kernel of a code, as bytes row after row; one beyond the table is all zeros.
+  const uint8_t* Kernel(uint32_t code) {
+    if (kernels_.exists() && code < entries_) return kernels_.data() + code * kernel_size();
+    Gather(code, kernel_.data());
+    return kernel_.data();
+  }
+
+ private:
+  uint64_t kernel_size() const { return static_cast<uint64_t>(width_) * height_; }
+
+  // As many tables as lines: all kernels take no more memory than the tables do.
+  int32_t GatherAll() {
+    if (!kernels_.Allocate(entries_ * kernel_size(), Here())) return ERR_NO_MEMORY;
+    for (uint32_t code = 0; code < entries_; ++code) Gather(code, kernels_.data() + code * kernel_size());
+    lines_.Release();
+    return SUCCESS;
+  }
+
+  void Gather(uint32_t code, uint8_t* kernel) const {
+    for (uint32_t line = 0; line < width_; ++line, kernel += height_) {
+      if (code >= entries_ || line >= tables_) {
+        std::memset(kernel, 0, height_);
+        continue;
+      }
+      const uint32_t shift = std::min(code, (tables_ - 1 - line) / width_);
+      const uint64_t table = line + static_cast<uint64_t>(shift) * width_;
+      std::memcpy(kernel, lines_.data() + (table * entries_ + code - shift) * height_, height_);
+    }
+  }
+
+  uint32_t tables_;
+  uint32_t entries_;
+  uint32_t width_;
+  uint32_t height_;
+  HostArray<uint8_t> lines_;
+  HostArray<uint8_t> kernels_;
+  HostArray<uint8_t> kernel_;
+};
+
+// The pixels of one block, as the tile gets them. What would fall outside is not stored.
+class BlockPixels {
+ public:
+  BlockPixels(const ImSubHdr& image, uint32_t bits, uint32_t kernel_width, uint32_t kernel_size)
+      : block_width_(image.BlockWidth), bits_(bits), kernel_width_(kernel_width), kernel_size_(kernel_size) {}
+
+  bool Prepare(const HostBitmap* tile) {
+    const uint64_t bytes_per_pixel = bits_ == 8 ? 1 : (bits_ == 12 || bits_ == 16 ? 2 : 3);
+    line_ = tile->bytes_per_line;
+    const uint64_t block = static_cast<uint64_t>(block_width_) * tile->height * bytes_per_pixel;
+    return pixels_.Allocate(std::max(block, attached_bytes(tile)), Here());
+  }
+  uint64_t attached_bytes(const HostBitmap* tile) const {
+    return static_cast<uint64_t>(tile->height) * line_;
+  }
+  uint8_t* data() { return pixels_.data(); }
+
+  void Store(const uint8_t* kernel, uint64_t r, uint64_t c) {
+    const uint64_t start = r * line_ + c;
+    switch (bits_) {
+      case 8:
+        StoreBytes(kernel, start, 1);
+        break;
+      case 12:
+        StoreWords(kernel, start);
+        break;
+      case 24:
+        StoreBytes(kernel, start, 3);
+        break;
+      default:
+        break;  // nothing is stored
+    }
+  }
+
+ private:
+  void Put(uint64_t at, uint8_t value) {
+    if (at < pixels_.size()) pixels_[at] = value;
+  }
+
+  // The kernel's width serves for both directions; words beyond the kernel are not stored.
+  void StoreBytes(const uint8_t* kernel, uint64_t start, uint64_t bytes_per_pixel) {
+    const uint64_t row_bytes = kernel_width_ * bytes_per_pixel;
+    uint64_t at = start;
+    for (uint64_t word = 0; word < kernel_size_ && word < row_bytes * kernel_width_; word += row_bytes) {
+      const uint64_t stored = std::min<uint64_t>(row_bytes, kernel_size_ - word);
+      if (at >= pixels_.size()) return;
+      std::memcpy(pixels_.data() + at, kernel + word, std::min(stored, pixels_.size() - at));
+      at += block_width_ * bytes_per_pixel;
+    }
+  }
+
+  void StoreWords(const uint8_t* kernel, uint64_t start) {
+    uint64_t at = start;
+    for (uint64_t row = 0; row < kernel_width_; ++row) {
+      for (uint64_t x = 0; x < kernel_width_; ++x, at += 2) {
+        const uint64_t word = row * kernel_width_ + x;
+        if (word >= kernel_size_) continue;
+        Put(at, kernel[word]);
+        Put(at + 1, 0);
+      }
+      at += 2 * (start - kernel_width_);  // may wrap; what it then points at is outside
+      if (at >= pixels_.size() && row * kernel_width_ >= kernel_size_) break;
+    }
+    const uint64_t pairs = kernel_size_ / 2;
+    const uint64_t groups = pairs >= 1 ? (pairs - 1) / 3 + 1 : 0;
+    for (uint64_t group = 0; group < groups; ++group, at += 6) {
+      if (at < pixels_.size() && pixels_.size() - at >= 3)
+        ConvertSamples(pixels_.data() + at, 12, 12, 3, 0, 0);
+    }
+  }
+
+  uint64_t block_width_;
+  uint32_t bits_;
+  uint64_t kernel_width_;
+  uint64_t kernel_size_;
+  uint64_t line_ = 0;
+  HostArray<uint8_t> pixels_;
+};
+
+bool IsPresent(const ImSubHdr& image, uint64_t block) {
+  return image.BlockMaskLength == 0 || image.BlockMask.At(block) != MaskTable::kAbsentBlock;
+}
+
+// Makes the segment bitmap anew, as large as the present blocks reach.
+int32_t RecreateBitmap(SegmentJob& job) {
+  const ImSubHdr& image = job.image;
+  const uint64_t blocks = static_cast<uint64_t>(image.BlocksPerRow) * image.BlocksPerColumn;
+  const bool masked = image.BlockMaskLength != 0;
+  uint64_t x = masked ? 0 : image.BlocksPerRow - 1U;
+  uint64_t y = masked ? 0 : image.BlocksPerColumn - 1U;
+  for (uint64_t block = 0; masked && block < blocks; ++block) {
+    if (!IsPresent(image, block)) continue;
+    x = std::max(x, block % image.BlocksPerRow);
+    y = std::max(y, block / image.BlocksPerRow);
+  }
+  const uint32_t bits = job.bitmap->bits;
+  const uint32_t order = job.bitmap->order;
+  if ((job.bitmap->flags & 1) != 0) HostFreeBitmap(job.bitmap);
+  return HostCreateBitmap(job.bitmap, sizeof(HostBitmap), 1, static_cast<uint32_t>(x + 1) * image.BlockWidth,
+                          static_cast<uint32_t>(y + 1) * image.BlockHeight, bits, order, image.Lut.data(), 1,
+                          nullptr, 0);
+}
+
+// The numbers that nothing can be decoded with.
+bool IsUsable(const ImSubHdr& image, const VqHeader& header) {
+  constexpr uint32_t kMostCodeBits = 16;
+  return header.image_rows != 0 && header.codes_per_row != 0 && header.lookup_records != 0 &&
+         header.code_bits != 0 && header.code_bits <= kMostCodeBits &&
+         image.BlockHeight / header.image_rows != 0 && image.BlockWidth / header.codes_per_row != 0;
+}
+
+void GiveDefaultPalettes(HostBitmap* tile, HostBitmap* segment) {
+  constexpr uint32_t kCopied = 255;
+  HostPaletteEntry* palette = HostDefaultPalette(8);
+  if (palette == nullptr) return;
+  HostPutBitmapColors(tile, 0, kCopied, palette);
+  HostPutBitmapColors(segment, 0, kCopied, palette);
+  HostFreeMem(palette, Here().line, Here().unit);
+}
+
+// Decodes the blocks once the tables are read. The reservoir is held.
+class VqDecoder {
+ public:
+  VqDecoder(SegmentJob& job, const VqHeader& header)
+      : job_(job),
+        header_(header),
+        height_(job.image.BlockHeight / header.image_rows),
+        width_(job.image.BlockWidth / header.codes_per_row),
+        pixels_(job.image, job.bitmap->bits, width_, width_ * height_),
+        codes_(job.document, header.code_bits) {}
+
+  int32_t Prepare(uint32_t entries) {
+    codebook_.emplace(header_.lookup_records, entries, width_, height_);
+    int32_t status = codebook_->Read(job_.document);
+    if (status != SUCCESS) return status;
+    constexpr uint32_t kPixelsAttached = 2;
+    status =
+        HostCreateBitmap(tile_.get(), sizeof(HostBitmap), kPixelsAttached, job_.image.BlockWidth,
+                         job_.image.BlockHeight, job_.bitmap->bits, 1, job_.image.Lut.data(), 1, nullptr, 0);
+    if (status != SUCCESS) return status;
+    if (!pixels_.Prepare(tile_.get()) || !codes_.Prepare()) return ERR_NO_MEMORY;
+    if (job_.bitmap->bits == 8 && !job_.image.Lut.exists()) GiveDefaultPalettes(tile_.get(), job_.bitmap);
+    return SUCCESS;
+  }
+
+  int32_t DecodeBlock(uint64_t block) {
+    constexpr uint32_t kReplace = 800;
+    for (uint64_t r = 0; r < job_.image.BlockHeight; r += height_) {
+      for (uint64_t i = 0; i < header_.codes_per_row; ++i) {
+        uint32_t code = 0;
+        if (!codes_.Next(code)) return ERR_FILE_READ;
+        pixels_.Store(codebook_->Kernel(code), r, i * height_);
+      }
+    }
+    int32_t status = HostAttachBitmapData(tile_.get(), pixels_.data(), pixels_.attached_bytes(tile_.get()));
+    if (status != SUCCESS) return status;
+    const auto x = static_cast<int32_t>(block % job_.image.BlocksPerRow * job_.image.BlockWidth);
+    const auto y = static_cast<int32_t>(block / job_.image.BlocksPerRow * job_.image.BlockHeight);
+    status = HostCombineBitmap(job_.bitmap, x, y, tile_->width, tile_->height, tile_.get(), 0, 0, kReplace);
+    HostClearBitmap(tile_.get());
+    return status;
+  }
+
+ private:
+  SegmentJob& job_;
+  const VqHeader& header_;
+  uint32_t height_;  // of a kernel
+  uint32_t width_;
+  BlockPixels pixels_;
+  CodeReader codes_;
+  std::optional<Codebook> codebook_;
+  OwnedBitmap tile_;
+};
+
+}  // namespace
+
+VqHeader ParseVqHeader(const uint8_t* bytes) {
+  constexpr uint32_t kRecordCountAt = 11;  // behind rows 4, codes 4, bits 1, algorithm 2
+  return {ReadBig32(bytes), ReadBig32(bytes + 4), bytes[8], ReadBig16(bytes + kRecordCountAt)};
+}
+
+int32_t SkipMaskTable(NitfFile& document, const ImSubHdr& image) {
+  switch (image.Compression) {
+    case kNM:
+    case kM0:
+    case kM1:
+    case kM3:
+    case kM4:
+    case kM5:
+      break;
+    default:
+      return SUCCESS;
+  }
+  uint8_t head[10];  // IMDATOFF 4, BMRLNTH 2, TMRLNTH 2, TPXCDLNTH 2
+  if (HostFileRead(document.File, head, sizeof head) != sizeof head) return ERR_FILE_READ;
+  const int64_t table = 4LL * image.BlocksPerRow * image.BlocksPerColumn * image.BandField;
+  const int64_t tables = (ReadBig16(head + 4) != 0 ? table : 0) + (ReadBig16(head + 6) != 0 ? table : 0);
+  const int64_t skipped = (ReadBig16(head + 8) + 7) / 8 + tables;
+  return HostFileSeek(document.File, skipped, kFromHere) <= document.SourceSize ? SUCCESS : ERR_FILE_READ;
+}
+
+int32_t ReadCompressionLookupRecords(NitfFile& document, const VqHeader& header, VqLookupRecord* records) {
+  for (uint32_t i = 0; i < header.lookup_records; ++i) {
+    uint8_t bytes[VqLookupRecord::kSize];
+    if (HostFileRead(document.File, bytes, sizeof bytes) != sizeof bytes) return ERR_FILE_READ;
+    records[i] = {ReadBig16(bytes), ReadBig32(bytes + 2), ReadBig16(bytes + 6), ReadBig16(bytes + 8),
+                  ReadBig32(bytes + 10)};
+  }
+  return SUCCESS;
+}
+
+int32_t DecodeVectorQuantised(SegmentJob& job) {
+  const ImSubHdr& image = job.image;
+  SeekImageData(job.document, job.index);
+  if (image.Compression == kM4) {
+    if (const int32_t status = SkipMaskTable(job.document, image); status != SUCCESS) return status;
+  }
+  if (const int32_t status = RecreateBitmap(job); status != SUCCESS) return status;
+  uint8_t bytes[VqHeader::kSize];
+  if (HostFileRead(job.document.File, bytes, sizeof bytes) != sizeof bytes) return ERR_FILE_READ;
+  const VqHeader header = ParseVqHeader(bytes);
+  if (!IsUsable(image, header)) return ERR_FILE_FORMAT;
+  HostArray<VqLookupRecord> records;
+  if (!records.Allocate(header.lookup_records, Here())) return ERR_NO_MEMORY;
+  int32_t status = ReadCompressionLookupRecords(job.document, header, records.data());
+  if (status != SUCCESS) return status;
+  const std::lock_guard<std::mutex> one_at_a_time(reservoir.guard);
+  VqDecoder decoder(job, header);
+  status = decoder.Prepare(records[0].record_count);
+  if (status != SUCCESS) return status;
+  return WalkBlocks(job, OnFailure::kStop, [&](uint64_t block, uint64_t) {
+    return IsPresent(image, block) ? decoder.DecodeBlock(block) : kBlockSkipped;
+  });
+}
+
+}  // namespace tavi

@@ -1,0 +1,212 @@
+// Streams that claim far more than they hold: refused at once, with little memory.
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstring>
+
+#include "DeepJpegEncoder.h"
+#include "FaxEncoder.h"
+#include "Jpeg2000Encoder.h"
+#include "JpegEncoder.h"
+
+namespace tavi_test {
+namespace {
+
+// Sanitized builds are several times slower; nobody waits minutes there either.
+constexpr double kMostSeconds = 5;
+constexpr long kMostKilobytes = 700 * 1024;
+
+class BombTest : public CodecTest {
+ protected:
+  void SetUp() override {
+    CodecTest::SetUp();
+    start_ = std::chrono::steady_clock::now();
+    before_ = PeakKilobytes();
+  }
+  void TearDown() override {
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start_;
+    EXPECT_LT(taken.count(), kMostSeconds);
+    EXPECT_LT(PeakKilobytes() - before_, kMostKilobytes);
+    CodecTest::TearDown();
+  }
+
+ private:
+  static long PeakKilobytes() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+  }
+  std::chrono::steady_clock::time_point start_;
+  long before_ = 0;
+};
+
+void Put(Stream* stream, size_t at, uint64_t value, int size) {
+  for (int i = 0; i < size; ++i) {
+    (*stream)[at + static_cast<size_t>(i)] = static_cast<uint8_t>(value >> (8 * (size - 1 - i)));
+  }
+}
+
+size_t FindMarker(const Stream& stream, uint8_t marker) {
+  for (size_t i = 0; i + 1 < stream.size(); ++i) {
+    if (stream[i] == 0xFF && stream[i + 1] == marker) return i;
+  }
+  ADD_FAILURE() << "no such marker";
+  return 0;
+}
+
+Stream WithJpegSize(Stream stream, uint8_t frame, uint32_t width, uint32_t height) {
+  const size_t at = FindMarker(stream, frame);
+  Put(&stream, at + 5, height, 2);
+  Put(&stream, at + 7, width, 2);
+  return stream;
+}
+
+TEST_F(BombTest, JpegOfTheLargestSize) {
+  for (const bool progressive : {false, true}) {
+    const Stream stream = EncodeJpeg(MakeScene(16, 16, 3, 8), {.progressive = progressive});
+    Bitmap bitmap;
+    EXPECT_EQ(Load(WithJpegSize(stream, progressive ? 0xC2 : 0xC0, 65500, 65500), &bitmap), ERR_NO_MEMORY);
+    EXPECT_EQ(Load(WithJpegSize(stream, progressive ? 0xC2 : 0xC0, 20000, 20000), &bitmap), ERR_FILE_FORMAT);
+  }
+}
+
+TEST_F(BombTest, DeepJpegOfTheLargestSize) {
+  Bitmap bitmap;
+  const Stream lossless = EncodeLossless(MakeScene(16, 16, 1, 16), {.bits = 16});
+  EXPECT_EQ(Load(WithJpegSize(lossless, 0xC3, 65500, 65500), &bitmap), ERR_NO_MEMORY);
+  EXPECT_EQ(Load(WithJpegSize(lossless, 0xC3, 20000, 20000), &bitmap), ERR_FILE_FORMAT);
+  const Stream twelve = EncodeJpeg12(MakeScene(16, 16, 1, 12), DeepProcess::kProgressive);
+  EXPECT_EQ(Load(WithJpegSize(twelve, 0xC2, 20000, 20000), &bitmap), ERR_FILE_FORMAT);
+}
+
+// Thousands of scans, each of which goes over all of a large picture.
+Stream ScanBomb(uint32_t side, int scans) {
+  const Stream one = EncodeJpeg(MakeScene(16, 16, 1, 8), {.color = JpegColor::kGrey, .progressive = true});
+  Stream bomb = WithJpegSize(one, 0xC2, side, side);
+  bomb.resize(bomb.size() - 2);  // the end marker
+  // Refining the first coefficient again and again, without data.
+  const uint8_t scan[] = {0xFF, 0xDA, 0x00, 0x08, 0x01, 0x01, 0x00, 0x00, 0x00, 0x10};
+  for (int i = 0; i < scans; ++i) bomb.insert(bomb.end(), scan, scan + sizeof scan);
+  bomb.insert(bomb.end(), {0xFF, 0xD9});
+  return bomb;
+}
+
+TEST_F(BombTest, ThousandsOfScans) {
+  Bitmap bitmap;
+  EXPECT_EQ(Load(ScanBomb(4000, 5000), &bitmap), ERR_FILE_FORMAT);
+  EXPECT_EQ(Load(ScanBomb(1000, 50000), &bitmap), ERR_FILE_FORMAT);
+}
+
+constexpr size_t kSiz = 4;  // the segment behind SOC and the marker
+constexpr size_t kSizWidth = kSiz + 4;
+constexpr size_t kSizHeight = kSiz + 8;
+constexpr size_t kSizTileWidth = kSiz + 20;
+constexpr size_t kSizTileHeight = kSiz + 24;
+
+Stream SmallCodestream() {
+  return EncodeJpeg2000(MakeScene(32, 32, 1, 8), {.levels = 2});
+}
+
+Stream WithGrid(Stream stream, uint32_t side, uint32_t tile) {
+  Put(&stream, kSizWidth, side, 4);
+  Put(&stream, kSizHeight, side, 4);
+  Put(&stream, kSizTileWidth, tile, 4);
+  Put(&stream, kSizTileHeight, tile, 4);
+  return stream;
+}
+
+TEST_F(BombTest, CodestreamThatClaimsTenThousandMillionPixels) {
+  Stream stream = WithGrid(SmallCodestream(), 100000, 100000);
+  stream.resize(200);
+  Bitmap bitmap;
+  EXPECT_EQ(Load(stream, &bitmap), ERR_NO_MEMORY);
+  EXPECT_EQ(Load(WithGrid(SmallCodestream(), 0xFFFFFFFF, 0xFFFFFFFF), &bitmap), ERR_NO_MEMORY);
+  EXPECT_EQ(Load(WithGrid(SmallCodestream(), 20000, 20000), &bitmap), ERR_FILE_FORMAT);
+}
+
+TEST_F(BombTest, MillionsOfTiles) {
+  Bitmap bitmap;
+  EXPECT_EQ(Load(WithGrid(SmallCodestream(), 4000, 1), &bitmap), ERR_FILE_FORMAT);
+  EXPECT_LT(Load(WithGrid(SmallCodestream(), 4080, 16), &bitmap), 0);
+}
+
+Stream ManyComponents(uint32_t count, uint32_t side) {
+  const Stream small = SmallCodestream();
+  Stream stream(small.begin(), small.begin() + static_cast<ptrdiff_t>(kSiz + 36));
+  stream.resize(kSiz + 38);
+  Put(&stream, kSiz, 38 + 3 * count, 2);
+  Put(&stream, kSiz + 36, count, 2);
+  for (uint32_t i = 0; i < count; ++i) stream.insert(stream.end(), {7, 1, 1});
+  stream.insert(stream.end(), small.begin() + static_cast<ptrdiff_t>(kSiz + 38 + 3), small.end());
+  return WithGrid(stream, side, side);
+}
+
+TEST_F(BombTest, SixteenThousandComponents) {
+  ASSERT_EQ(LoadPixels(ManyComponents(1, 32)).samples, MakeScene(32, 32, 1, 8).samples);
+  for (const uint32_t side : {32u, 256u, 4096u}) {
+    for (const uint32_t flags : {0u, kAsBands}) {
+      Bitmap bitmap;
+      const int32_t status = Load(ManyComponents(16384, side), &bitmap, {.flags = flags, .red = 16383});
+      EXPECT_TRUE(status == SUCCESS || status < 0);
+    }
+  }
+}
+
+// The coding style of the main header.
+TEST_F(BombTest, TinyPrecinctsAndManyLayers) {
+  const Stream small = SmallCodestream();
+  const size_t style = FindMarker(small, 0x52);
+  Stream layers = WithGrid(small, 5000, 5000);
+  Put(&layers, style + 6, 65535, 2);
+  Bitmap bitmap;
+  const int32_t status = Load(layers, &bitmap);
+  EXPECT_TRUE(status == SUCCESS || status < 0);
+  // Precincts of one pixel.
+  Stream precincts = WithGrid(small, 5000, 5000);
+  precincts[style + 4] |= 1;
+  const uint8_t levels = precincts[style + 9];
+  Put(&precincts, style + 2, 12u + levels + 1, 2);
+  precincts.insert(precincts.begin() + static_cast<ptrdiff_t>(style + 14), levels + 1u, 0x11);
+  EXPECT_EQ(Load(precincts, &bitmap), ERR_FILE_FORMAT);
+}
+
+TEST_F(BombTest, FlatPicturesThatCompressWellAreNoBombs) {
+  const Pixels flat(3000, 3000, 1);
+  const Stream stream = EncodeJpeg2000(flat, {});
+  EXPECT_LT(stream.size(), 2000u);
+  Bitmap bitmap;
+  EXPECT_EQ(Load(stream, &bitmap), SUCCESS);
+  EXPECT_EQ(Load(EncodeJpeg(flat, {.color = JpegColor::kGrey, .progressive = true}), &bitmap), SUCCESS);
+}
+
+TEST_F(BombTest, FaxOfTenThousandMillionElements) {
+  const Stream data = EncodeFax(MakePage(64, 32), {});
+  Bitmap bitmap;
+  for (const uint32_t format : {66u, 67u, 68u}) {
+    for (const auto& [width, height] : {std::pair(100000u, 100000u),
+                                        {0x7FFFFFFFu, 1u},
+                                        {1u, 0x7FFFFFFFu},
+                                        {0xFFFFFFFFu, 0xFFFFFFFFu},
+                                        {99999999u, 99999999u}}) {
+      FaxDescription description{.format = format, .width = width, .height = height};
+      EXPECT_LT(LoadFax(data, &description, &bitmap), 0) << width << "x" << height;
+    }
+  }
+}
+
+TEST_F(BombTest, BoxesThatClaimToBeLonger) {
+  Stream stream =
+      EncodeJpeg2000(MakeScene(32, 32, 1, 8), {.jp2 = true, .color = J2kColor::kGrey, .levels = 2});
+  for (size_t i = 0; i + 8 < stream.size(); ++i) {
+    if (std::memcmp(&stream[i], "jp2h", 4) != 0) continue;
+    Stream changed = stream;
+    Put(&changed, i - 4, 0xFFFFFFFF, 4);
+    Bitmap bitmap;
+    EXPECT_LT(Load(changed, &bitmap), 0);
+    Put(&changed, i - 4, 1, 4);
+    EXPECT_LT(Load(changed, &bitmap), 0);
+  }
+}
+
+}  // namespace
+}  // namespace tavi_test
