@@ -381,6 +381,10 @@ int32_t Tavi_NITFGetTextSegment(NitfHandle handle, uint32_t index, uint8_t* buff
                 reinterpret_cast<const char*>(source->TextDataBuffer.data()));
     return SUCCESS;
   }
+  // A length that the file cannot hold is not read at all: the caller's buffer may be as small as its sum was
+  // wrong.
+  const int64_t left = handle->SourceSize - tavi::TextDataPosition(*handle, index);
+  if (left < 0 || length > static_cast<uint64_t>(left)) return ERR_FILE_READ;
   tavi::SeekTextData(*handle, index);
   if (HostFileRead(handle->File, buffer, length) != length) return ERR_FILE_READ;
   buffer[length] = 0;

@@ -164,7 +164,12 @@ struct Outcome {
   uint32_t doubtful = 0;  // of them, those that the decoder complained of
   int32_t status = SUCCESS;
 
-  uint32_t Faults(uint32_t height) const { return height - decoded + doubtful; }
+  bool IsClean(uint32_t height) const { return decoded == height && doubtful == 0; }
+  // Whether more of its rows are sound. Data read the wrong way yield many rows, few of them by chance sound.
+  bool IsSounderThan(const Outcome& other) const {
+    return uint64_t{decoded - doubtful} * (uint64_t{other.decoded} + 1) >
+           uint64_t{other.decoded - other.doubtful} * (uint64_t{decoded} + 1);
+  }
 };
 
 void InvertRow(uint8_t* row, uint64_t bytes, uint32_t width) {
@@ -194,12 +199,20 @@ Outcome DecodeRows(Bytes data, const FaxLayout& layout, const FaxVariant& varian
     outcome.status = ERR_FILE_FORMAT;
     return outcome;
   }
-  for (; outcome.decoded < view.height; ++outcome.decoded) {
+  // Behind the data's end some kinds go on yielding faulty rows: what follows the last sound row is no
+  // picture.
+  uint32_t doubtful = 0;
+  for (uint32_t y = 0; y < view.height; ++y) {
     const uint64_t before = file.complaints;
-    uint8_t* const row = view.ReplaceRow(view.StorageRow(outcome.decoded));
-    if (TIFFReadScanline(tiff.get(), row, outcome.decoded, 0) != 1) break;
+    uint8_t* const row = view.ReplaceRow(view.StorageRow(y));
+    if (TIFFReadScanline(tiff.get(), row, y, 0) != 1) break;
     InvertRow(row, row_bytes, view.width);
-    if (file.complaints != before) ++outcome.doubtful;
+    if (file.complaints != before) {
+      ++doubtful;
+    } else {
+      outcome.decoded = y + 1;
+      outcome.doubtful = doubtful;
+    }
   }
   for (uint32_t y = outcome.decoded; y < view.height; ++y) {
     uint8_t* const row = view.ReplaceRow(view.StorageRow(y));
@@ -216,8 +229,8 @@ Outcome DecodeBest(Bytes data, const FaxLayout& layout, const PixelView& view) {
   uint32_t best_at = 0;
   for (uint32_t i = 0; i < count; ++i) {
     const Outcome outcome = DecodeRows(data, layout, variants[i], view);
-    if (outcome.status != SUCCESS || outcome.Faults(view.height) == 0) return outcome;
-    if (i != 0 && outcome.Faults(view.height) >= best.Faults(view.height)) continue;
+    if (outcome.status != SUCCESS || outcome.IsClean(view.height)) return outcome;
+    if (i != 0 && !outcome.IsSounderThan(best)) continue;
     best = outcome;
     best_at = i;
   }
@@ -257,9 +270,11 @@ int32_t DecodeFax(Bytes data, const FaxLayout& layout, HostBitmap* bitmap, uint3
   if (status == SUCCESS) {
     const Outcome outcome = DecodeBest(data, layout, view);
     status = outcome.status;
-    if (status == SUCCESS && outcome.decoded == 0) status = ERR_FILE_READ;
-    // Lines with a fault here and there are what fax is like; data of which most are faulty are no fax.
-    if (status == SUCCESS && outcome.doubtful > outcome.decoded / 2) status = ERR_FILE_FORMAT;
+    if (status == SUCCESS && outcome.decoded == 0) status = data.empty() ? ERR_FILE_READ : ERR_FILE_FORMAT;
+    // Lines with a fault here and there are what fax is like; data of which most are faulty are no fax. In
+    // group 4 a fault spoils all lines behind it.
+    const uint32_t tolerated = layout.format == kFormatFaxG3OneD ? outcome.decoded / 2 : outcome.decoded / 8;
+    if (status == SUCCESS && outcome.doubtful > tolerated) status = ERR_FILE_FORMAT;
   }
   if (status != SUCCESS) HostFreeBitmap(bitmap);
   return status;

@@ -60,18 +60,19 @@ uint32_t FindFaxVariants(Bytes data, const FaxLayout& layout, FaxVariant* varian
     variants[0] = variant;
     return 1;
   }
-  // The first line may do without. A few chance hits, or those that end the page, are no sign.
+  // The first line may do without. In the wrong bit order, and at the padding of aligned lines, chance hits
+  // occur, so that the other ways are tried as well.
   const uint64_t enough = std::max<uint64_t>(layout.height / 2, 7);
-  const uint64_t most_first = CountLineEnds(data, false, enough);
-  const uint64_t least_first = most_first == enough ? 0 : CountLineEnds(data, true, enough);
-  variant.has_line_ends = std::max(most_first, least_first) == enough;
-  variant.least_bit_first = variant.has_line_ends && least_first == enough;
-  variants[0] = variant;
-  if (variant.has_line_ends) return 1;
+  uint32_t count = 0;
+  variant.has_line_ends = true;
+  for (const bool least_bit_first : {false, true}) {
+    variant.least_bit_first = least_bit_first;
+    if (CountLineEnds(data, least_bit_first, enough) == enough) variants[count++] = variant;
+  }
+  variant.has_line_ends = false;
   // Two-dimensional lines need their ends, which say how the next one is coded. Without them all are coded as
   // in group 4.
   if (variant.coding == FaxCoding::kTwoDimensions) variant.coding = FaxCoding::kGroup4;
-  uint32_t count = 0;
   for (const bool least_bit_first : {false, true}) {
     variant.least_bit_first = least_bit_first;
     variant.byte_aligned = false;

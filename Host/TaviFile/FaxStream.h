@@ -15,8 +15,8 @@ struct FaxVariant {
   bool byte_aligned = false;  // without EOL codes: lines begin on a byte
 };
 
-// The ways to read the data, the most likely first. Returns how many there are, at most four.
-inline constexpr uint32_t kMostFaxVariants = 4;
+// The ways to read the data, the most likely first. Returns how many there are, at most six.
+inline constexpr uint32_t kMostFaxVariants = 6;
 uint32_t FindFaxVariants(Bytes data, const FaxLayout& layout, FaxVariant* variants) noexcept;
 
 }  // namespace tavi::host

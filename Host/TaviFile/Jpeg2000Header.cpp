@@ -24,9 +24,10 @@ constexpr uint32_t BoxType(const char (&name)[5]) {
 // What a decoder makes for each tile, packet and code-block that a stream announces, before it looks at data,
 // may cost far more than the stream. A whole stream has more bytes than any of them; one that was cut short
 // has a free share.
-constexpr uint64_t kTileComponentsForNothing = uint64_t{1} << 16;
+constexpr uint64_t kTileComponentsForNothing = uint64_t{1} << 14;
+constexpr uint64_t kPrecinctsForNothing = uint64_t{1} << 19;
 constexpr uint64_t kPacketsForNothing = uint64_t{1} << 21;
-constexpr uint64_t kBlocksForNothing = uint64_t{1} << 21;
+constexpr uint64_t kBlocksForNothing = uint64_t{1} << 20;
 
 class Reader {
  public:
@@ -215,9 +216,9 @@ bool BeginsWith(Bytes stream, std::initializer_list<uint8_t> bytes) {
 }
 
 // Precincts of all resolutions, tiles and components together, at the smallest precinct size found.
-uint64_t CountPrecincts(const Jpeg2000Stream& picture, uint64_t samples) {
+uint64_t CountPrecincts(const Jpeg2000Stream& picture) {
   const uint64_t of_tiles = picture.tiles * picture.components * (uint64_t{picture.levels} + 1);
-  return of_tiles + (samples >> std::min(picture.precinct_log, 63u)) * 2;
+  return of_tiles + (picture.coded_samples >> picture.precinct_log) * 2;
 }
 
 }  // namespace
@@ -239,11 +240,13 @@ int32_t CheckJpeg2000Claim(const Jpeg2000Stream& picture, uint64_t samples) noex
   int32_t status = CheckClaim(picture.width, picture.height, 1, picture.precision <= 8 ? 1 : 2, bytes);
   if (status == SUCCESS && samples > HostGetBitmapLimit() / 2) status = ERR_NO_MEMORY;
   if (status != SUCCESS) return status;
-  const uint64_t precincts = CountPrecincts(picture, samples);
+  // Tiles, precincts and code-blocks are made for components that are left out as well.
+  const uint64_t precincts = CountPrecincts(picture);
   const bool fits = IsPlausible(samples, bytes) &&
                     picture.tiles * picture.components <= kTileComponentsForNothing + bytes &&
+                    precincts <= kPrecinctsForNothing + bytes &&
                     precincts <= (kPacketsForNothing + 4 * bytes) / picture.layers &&
-                    samples >> picture.block_log <= kBlocksForNothing + bytes;
+                    picture.coded_samples >> picture.block_log <= kBlocksForNothing + bytes;
   return fits ? SUCCESS : ERR_FILE_FORMAT;
 }
 

@@ -55,7 +55,8 @@ constexpr uint32_t NarrowSample(uint32_t sample, uint32_t bits) {
 
 // Full scale stays full scale: 255 becomes 65535.
 constexpr Color16 Widen(Color8 color) {
-  return MakeColor16((color & 0xFF) * 257u, (color >> 8 & 0xFF) * 257u, (color >> 16 & 0xFF) * 257u);
+  return MakeColor16((color & 0xFF) * uint64_t{257}, (color >> 8 & 0xFF) * uint64_t{257},
+                     (color >> 16 & 0xFF) * uint64_t{257});
 }
 
 // The high byte of each channel.

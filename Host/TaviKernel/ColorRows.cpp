@@ -165,7 +165,7 @@ void RowReader::ReadGrey12(const uint8_t* row, uint32_t x, uint32_t count, Color
 void RowReader::ReadGrey16(const uint8_t* row, uint32_t x, uint32_t count, Color16* colors) const {
   const uint8_t* const first = row + uint64_t{x} * 2;
   const bool big = sample_order_ == SampleOrder::kBigEndian;
-  for (uint32_t i = 0; i < count; ++i) {
+  for (size_t i = 0; i < count; ++i) {
     const uint32_t sample = big ? uint32_t{first[2 * i]} << 8 | first[2 * i + 1] : Load16(first + 2 * i);
     colors[i] = GreyOrEntry(sample, WidenSample(sample, view_.significant_bits));
   }
@@ -250,7 +250,7 @@ void RowWriter::WriteShallow(uint8_t* row, uint32_t x, uint32_t count, const Col
   }
 }
 
-void RowWriter::PutDeep(uint8_t* row, uint32_t x, Color16 color) noexcept {
+void RowWriter::PutDeep(uint8_t* row, uint32_t x, Color16 color) const noexcept {
   if (view_.layout == Layout::kGrey12) {
     Store12(row, x, Luminance16(color) >> 4);
     return;
@@ -265,7 +265,7 @@ void RowWriter::PutDeep(uint8_t* row, uint32_t x, Color16 color) noexcept {
   if (view_.red_first) color = Exchanged(color);
   const uint64_t size = view_.bits / 8;
   uint8_t* const at = row + x * size;
-  for (int channel = 0; channel < 3; ++channel, color >>= 16) {
+  for (size_t channel = 0; channel < 3; ++channel, color >>= 16) {
     Store16(at + 2 * channel, NarrowSample(static_cast<uint32_t>(color & 0xFFFF), view_.significant_bits));
   }
   if (size == 8) Store16(at + 6, 0);

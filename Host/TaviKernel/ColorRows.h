@@ -67,7 +67,7 @@ class RowWriter {
                     const uint8_t* keep) noexcept;
   void WriteShallow(uint8_t* row, uint32_t x, uint32_t count, const Color8* colors,
                     const uint8_t* keep) noexcept;
-  void PutDeep(uint8_t* row, uint32_t x, Color16 color) noexcept;
+  void PutDeep(uint8_t* row, uint32_t x, Color16 color) const noexcept;
 
   PixelView view_;
   PaletteMatcher matcher_;

@@ -22,7 +22,7 @@ struct BlockHeader {
 struct LargeHeader {
   LargeBlock block;
   uint8_t spare[64 - sizeof(LargeBlock) - sizeof(BlockHeader)];
-  BlockHeader header;
+  BlockHeader header{};
 };
 
 static_assert(sizeof(BlockHeader) == 16);
@@ -43,6 +43,8 @@ bool IsLive(const BlockHeader& header) {
 LargeHeader* LargeHeaderOf(BlockHeader* header) {
   return reinterpret_cast<LargeHeader*>(reinterpret_cast<uint8_t*>(header + 1) - sizeof(LargeHeader));
 }
+
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): these are the host's allocation operations themselves.
 
 void* MakeSmall(uint64_t bytes, LiveKind kind) {
   auto* const header = static_cast<BlockHeader*>(std::calloc(1, sizeof(BlockHeader) + bytes));
@@ -108,6 +110,8 @@ void* ResizeBlock(void* block, uint64_t bytes, LiveKind kind) {
   ReturnBlock(header);
   return made;
 }
+
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 }  // namespace
 

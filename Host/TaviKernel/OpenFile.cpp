@@ -12,10 +12,10 @@
 namespace tavi::host {
 namespace {
 
-constexpr uint64_t kWindowBytes = 64 * 1024;
+constexpr uint64_t kWindowBytes = uint64_t{64} << 10;
 // After a jump the neighbourhood may not be wanted: interleaved planes are read a little here, a little
 // there.
-constexpr uint64_t kJumpBytes = 16 * 1024;
+constexpr uint64_t kJumpBytes = uint64_t{16} << 10;
 constexpr uint64_t kLargestTransfer = uint64_t{1} << 30;
 
 // Reads until `bytes` are there, the file ends or the system fails.

@@ -22,7 +22,7 @@ uint32_t PaletteMatcher::Search(Color8 color) const noexcept {
   const auto blue = static_cast<int32_t>(color & 0xFF);
   const auto green = static_cast<int32_t>(color >> 8 & 0xFF);
   const auto red = static_cast<int32_t>(color >> 16 & 0xFF);
-  std::array<uint32_t, 256> distance;
+  std::array<uint32_t, 256> distance{};
   uint32_t smallest = UINT32_MAX;
   // At most 65536 x 255 x 255, which 32 bits hold.
   for (uint32_t i = 0; i < count_; ++i) {

@@ -18,6 +18,9 @@ bool IsUniform(const uint8_t* bytes, uint64_t size) {
 
 }  // namespace
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): calloc alone gives zeroed memory whose pages nobody has touched
+// yet.
+
 // Makes room to note the rows that are still to be filled. Without memory for it, filling is never put off.
 void PixelMemory::AllocatePending() noexcept {
   const uint64_t words = (uint64_t{rows_} + 63) / 64;
@@ -52,6 +55,8 @@ void PixelMemory::Free() noexcept {
   std::free(pending_);
   *this = PixelMemory();
 }
+
+// NOLINTEND(cppcoreguidelines-no-malloc)
 
 void PixelMemory::FillNow(const uint8_t* pattern) noexcept {
   if (pattern == nullptr || IsUniform(pattern, bytes_per_line_)) {

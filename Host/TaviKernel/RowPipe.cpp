@@ -84,7 +84,7 @@ void RowPipe::PrepareTables() noexcept {
 }
 
 void RowPipe::Copy(const uint8_t* source_row, uint8_t* destination_row, uint32_t source, uint32_t destination,
-                   uint32_t count) noexcept {
+                   uint32_t count) const noexcept {
   const uint64_t bits = source_.bits;
   const BitOrder order = bits == 12 ? BitOrder::kLeastFirst : BitOrder::kMostFirst;
   CopyBits(order, destination_row, destination * bits, source_row, source * bits, count * bits);
@@ -98,7 +98,7 @@ void RowPipe::HighBytes(const uint8_t* source_row, uint32_t x, uint32_t count,
   } else if (source_.layout == Layout::kGrey16) {
     const bool big = reader_.sample_order() == SampleOrder::kBigEndian;
     const uint8_t* const high = source_row + uint64_t{x} * 2 + (big ? 0 : 1);
-    for (uint32_t i = 0; i < count; ++i) bytes[i] = high[2 * i];
+    for (size_t i = 0; i < count; ++i) bytes[i] = high[2 * i];
   } else {
     CopyHighBytes12(source_row, x, count, bytes);
   }

@@ -35,7 +35,7 @@ class RowPipe {
   void MoveRun(const uint8_t* source_row, uint8_t* destination_row, uint32_t source, uint32_t destination,
                uint32_t count) noexcept;
   void Copy(const uint8_t* source_row, uint8_t* destination_row, uint32_t source, uint32_t destination,
-            uint32_t count) noexcept;
+            uint32_t count) const noexcept;
   void HighBytes(const uint8_t* source_row, uint32_t x, uint32_t count, uint8_t* bytes) const noexcept;
   void Expand(const uint8_t* source_row, uint8_t* destination_row, uint32_t source, uint32_t destination,
               uint32_t count) noexcept;

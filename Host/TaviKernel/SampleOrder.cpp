@@ -43,7 +43,7 @@ struct Smoothness {
   void Add(const uint8_t* samples, uint32_t count) {
     uint32_t low = smallest;
     uint32_t high = largest;
-    const auto value = [samples](uint32_t i) {
+    const auto value = [samples](size_t i) {
       return kBig ? uint32_t{samples[2 * i]} << 8 | samples[2 * i + 1]
                   : uint32_t{samples[2 * i + 1]} << 8 | samples[2 * i];
     };
@@ -74,7 +74,7 @@ class Values {
   // Takes some of the samples, evenly spread.
   void Add(const uint8_t* samples, uint32_t count) {
     const uint32_t step = std::max(1u, count / kValuesPerRun);
-    for (uint32_t i = 0; i < count; i += step) {
+    for (size_t i = 0; i < count; i += step) {
       const uint32_t value = samples[2 * i] | uint32_t{samples[2 * i + 1]} << 8;
       if (value != Swapped(value)) seen_[value / 64] |= uint64_t{1} << (value % 64);
     }

@@ -105,7 +105,7 @@ int32_t Load(const Stream& stream, Bitmap* bitmap, const LoadCall& call) {
   options.red_band = call.red;
   options.green_band = call.green;
   options.blue_band = call.blue;
-  return HostLoadMemory(stream.data(), bitmap->get(), sizeof(HostBitmap), call.bits, call.order,
+  return HostLoadMemory(BytesOf(stream), bitmap->get(), sizeof(HostBitmap), call.bits, call.order,
                         stream.size(), &options, nullptr);
 }
 

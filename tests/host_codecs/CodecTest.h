@@ -15,6 +15,12 @@ namespace tavi_test {
 
 using Stream = std::vector<uint8_t>;
 
+// Never null, even without bytes.
+inline const uint8_t* BytesOf(const Stream& stream) {
+  static const uint8_t kNone = 0;
+  return stream.empty() ? &kNone : stream.data();
+}
+
 // Samples, channels interleaved, rows from the top.
 struct Pixels {
   uint32_t width = 0;

@@ -132,8 +132,8 @@ int32_t DescribeFax(void* information, void* user) {
 
 int32_t LoadFax(const Stream& data, FaxDescription* description, Bitmap* bitmap, uint32_t order) {
   const HostLoadHook before = HostSetLoadHook(DescribeFax, description);
-  const int32_t status =
-      HostLoadMemory(data.data(), bitmap->get(), sizeof(HostBitmap), 1, order, data.size(), nullptr, nullptr);
+  const int32_t status = HostLoadMemory(BytesOf(data), bitmap->get(), sizeof(HostBitmap), 1, order,
+                                        data.size(), nullptr, nullptr);
   HostSetLoadHook(before, nullptr);
   return status;
 }

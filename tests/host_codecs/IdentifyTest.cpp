@@ -12,7 +12,7 @@ class IdentifyTest : public CodecTest {};
 
 int32_t Inform(const Stream& stream, HostFileInfo* information) {
   std::memset(information, 0xA5, sizeof *information);
-  return HostFileInfoMemory(stream.data(), information, sizeof *information, stream.size(), 0, 0);
+  return HostFileInfoMemory(BytesOf(stream), information, sizeof *information, stream.size(), 0, 0);
 }
 
 void ExpectKind(const Stream& stream, uint32_t format, uint32_t width, uint32_t height, uint32_t bits) {

@@ -206,6 +206,15 @@ TEST_F(FileHeaderRecord, ALengthOfTwoGibibytesOrMoreDoesNotSurvive) {
   }
 }
 
+// A negative length is one of that size.
+TEST_F(FileHeaderRecord, ANegativeLengthDoesNotSurvive) {
+  NtfBuilder file{GreyImage(2, 2)};
+  file.header["LI[0]"] = "-000000001";
+  Guarded<NitfHeaderInfo> record;
+  Fill(file, record);
+  EXPECT_NE(record->LI[0], 0xFFFFFFFFU);
+}
+
 // Numbers are what their text begins with.
 TEST_F(FileHeaderRecord, NumbersAreWhatTheirTextsBeginWith) {
   NtfBuilder file;

@@ -1,6 +1,7 @@
 // What the getters of graphic and text subheaders give beside plain copies.
 #include <cstring>
 
+#include "FaultHost.h"
 #include "RecordsTest.h"
 
 namespace tavi::records {
@@ -116,8 +117,7 @@ class TextRecord : public RecordsTest {
   }
 };
 
-// The one block that is copied at the length of its data. A block a byte longer than that would be seen by
-// the address sanitizer, one shorter by the comparison.
+// The one block that is copied at the length of its data.
 TEST_F(TextRecord, ExtendedDataHaveTheirExactLength) {
   for (const size_t size : {1U, 2U, 20U, 5000U}) {
     TextSpec text;
@@ -196,6 +196,35 @@ TEST_F(TextRecord, EveryFieldIsFilled) {
   EXPECT_EQ(
       BytesOf(record.get(), 0, sizeof(NitfTextHeaderInfo)).find(std::string(4, static_cast<char>(kPoison))),
       std::string::npos);
+}
+
+// What a record costs beyond one without a block is the block: of a text its data alone, of a graphic three
+// bytes more.
+class BlockSizes : public RecordsTest {
+ protected:
+  template <class Record>
+  static uint64_t Cost(NitfHandle handle, uint32_t index) {
+    Guarded<Record> record;
+    const faults::Watch watch;
+    EXPECT_EQ(Get(handle, index, record.get()), SUCCESS);
+    return watch.demand().total;
+  }
+};
+
+TEST_F(BlockSizes, NoByteMoreIsTakenThanDocumented) {
+  for (const size_t size : {1U, 2U, 100U}) {
+    NtfBuilder file;
+    file.graphics.resize(2);
+    file.graphics[1].sxshd = Bytes(size, 'g');
+    file.texts.resize(2);
+    file.texts[1].txshd = Bytes(size, 't');
+    const Document document(Write(file));
+    ASSERT_EQ(document.open, SUCCESS);
+    EXPECT_EQ(Cost<NitfTextHeaderInfo>(document.handle, 1),
+              Cost<NitfTextHeaderInfo>(document.handle, 0) + size);
+    EXPECT_EQ(Cost<NitfGraphicHeaderInfo>(document.handle, 1),
+              Cost<NitfGraphicHeaderInfo>(document.handle, 0) + size + 3);
+  }
 }
 
 }  // namespace

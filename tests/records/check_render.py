@@ -18,8 +18,7 @@ def expected_picture():
     picture = [[(250, 20, 30)] * 5 for _ in range(4)]
     for row in range(2):
         for column in range(3):
-            first = 3 * (3 * row + column)
-            picture[row][column] = tuple(10 * (first + i) + 1 for i in range(3))
+            picture[row][column] = tuple(10 * (6 * plane + 3 * row + column) + 1 for plane in range(3))
     for row, grey in enumerate((100, 150, 200)):
         picture[1 + row][4] = (grey,) * 3
     return b"P6\n5 4\n255\n" + bytes(value for row in picture for pixel in row for value in pixel)

@@ -11,13 +11,13 @@ using tavi_test::GreyImage;
 using tavi_test::NtfBuilder;
 using tavi_test::RgbImage;
 
-// Two rows of three colours on a red background, and a grey column that stands apart.
+// Two rows of three colours, a plane of each after the other, on a red background; a grey column apart.
 NtfBuilder Pictures() {
   Bytes pixels;
   for (uint8_t i = 0; i < 18; ++i) {
     pixels.push_back(static_cast<uint8_t>(10 * i + 1));
   }
-  NtfBuilder file{RgbImage(3, 2, 'P', pixels), GreyImage(1, 3, {100, 150, 200}).Level(2).At(1, 4)};
+  NtfBuilder file{RgbImage(3, 2, 'B', pixels), GreyImage(1, 3, {100, 150, 200}).Level(2).At(1, 4)};
   file.background = {250, 20, 30};
   file.header["FTITLE"] = "Two pictures";
   return file;

@@ -65,8 +65,10 @@ LoadedPicture LoadFile(const std::wstring& path, const LoadRequest& request) {
   context.user = &delivery;
   context.callback_word = kCallbackWord;
   context.load_flags = &flags;
-  if (request.load_memory) context.load_memory = RefuseLoad;
-  if (request.set_load_hook) context.set_load_hook = KeepHook;
+  if (request.load_memory)
+    context.load_memory = request.load_entry != nullptr ? request.load_entry : RefuseLoad;
+  if (request.set_load_hook)
+    context.set_load_hook = request.hook_entry != nullptr ? request.hook_entry : KeepHook;
   if (request.third_entry) context.third_entry = NeverCalled;
   picture.status = fltLoad(&context);
   picture.load_flags = flags.flags;

@@ -47,6 +47,9 @@ struct LoadRequest {
   bool load_memory = true;  // whether the three host entries are there
   bool set_load_hook = true;
   bool third_entry = true;
+  // What those entries are; null: a load that refuses, a hook that is not kept.
+  HostLoadMemoryEntry load_entry = nullptr;
+  HostSetLoadHookEntry hook_entry = nullptr;
 };
 
 LoadedPicture LoadFile(const std::wstring& path, const LoadRequest& request = {});
