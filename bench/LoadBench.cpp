@@ -9,13 +9,6 @@
 namespace tavi_bench {
 namespace {
 
-int32_t RefuseCodedPicture(const void*, HostBitmap*, uint64_t, uint32_t, uint32_t, uint64_t,
-                           HostLoadFlagsRecord*, HostFileInfo*) {
-  return ERR_NOT_SUPPORTED;
-}
-HostLoadHook TakeNoHook(HostLoadHook, void*) {
-  return nullptr;
-}
 void NeverCalled() {}
 
 int32_t DropRow(uint64_t, HostBitmap*, uint8_t* row, uint32_t, int32_t, int32_t, void* user) {
@@ -36,8 +29,8 @@ void Load(benchmark::State& state, const std::wstring& path, uint32_t bits) {
     context.row_callback = DropRow;
     context.user = &rows;
     context.load_flags = &flags;
-    context.load_memory = RefuseCodedPicture;
-    context.set_load_hook = TakeNoHook;
+    context.load_memory = HostLoadMemory;
+    context.set_load_hook = HostSetLoadHook;
     context.third_entry = NeverCalled;
     const int32_t status = fltLoad(&context);
     if (status != SUCCESS || rows != kSide) {

@@ -173,19 +173,25 @@ std::string ExplainUnreadable(const std::string& path) {
   return {};
 }
 
-// The first segment that this stage of the library does not draw. What it draws: images that are not coded.
-std::string ExplainNotDrawn(const NitfContents& contents) {
+// Why the drawing came to something that is not supported. Graphics are not drawn yet; of the images, those
+// in the codings below are not drawn, and the others unless the host cannot decode their data.
+std::string ExplainNotDrawn(int32_t status, const NitfContents& contents) {
+  constexpr std::array<std::string_view, 4> kRefusedCodings = {"C0", "C2", "M0", "M2"};
+  const Segment* coded = nullptr;
   for (const Segment& segment : contents.segments) {
     const std::string whose = SegmentWords(segment.kind, segment.index);
     if (segment.kind == SegmentKind::kGraphic)
       return whose + ": graphics are not drawn yet (only images are)";
     if (segment.kind != SegmentKind::kImage) continue;
-    const std::string compression = segment.Text("IC");
-    if (compression != "NC" && compression != "NM") {
-      return whose + ": compression \"" + compression + R"(" (only "NC" and "NM" are drawn yet))";
+    const std::string coding = segment.Text("IC");
+    if (std::find(kRefusedCodings.begin(), kRefusedCodings.end(), coding) != kRefusedCodings.end()) {
+      return whose + ": compression \"" + coding + R"(" ("C0", "C2", "M0" and "M2" are not drawn))";
     }
+    if (coding != "NC" && coding != "NM" && coded == nullptr) coded = &segment;
   }
-  return StatusMeaning(ERR_NOT_SUPPORTED);
+  if (coded == nullptr) return StatusMeaning(status);
+  return SegmentWords(coded->kind, coded->index) + ": its data, compression \"" + coded->Text("IC") +
+         "\", are of no kind that can be decoded";
 }
 
 std::string ExplainMissingData(const NitfContents& contents) {
@@ -236,7 +242,8 @@ std::string ExplainOpenFailure(const std::string& path, const NitfContents& cont
 std::string ExplainDrawFailure(int32_t status, const NitfContents& contents) {
   switch (status) {
     case ERR_NOT_SUPPORTED:
-      return ExplainNotDrawn(contents);
+    case ERR_UNSUPPORTED_COMPRESSION:
+      return ExplainNotDrawn(status, contents);
     case ERR_FILE_READ:
       return ExplainMissingData(contents);
     default:

@@ -112,7 +112,7 @@ TEST_F(BandStreams, WithoutAnyOtherStreamTheDecodingFails) {
 // A refused band leaves its block as it was; later bands go on with the very next stream.
 TEST_F(BandStreams, ARefusedBandGivesUpTheBlock) {
   std::vector<Bytes> s = Streams(12);
-  s[4][3] = 0x00;  // no marker follows SOI
+  s[4] = RefusedStream(s[4].size());
   RecordingHost host;
   host.bits = 8;
   EXPECT_EQ(Load(Sequential(3, 2, 2, s), host).status, SUCCESS);
@@ -124,7 +124,7 @@ TEST_F(BandStreams, ARefusedBandGivesUpTheBlock) {
 
 TEST_F(BandStreams, ARefusedBandFailsItsRun) {
   std::vector<Bytes> s = Streams(6);
-  s[3][3] = 0x00;  // of block 0 and, as the only block of its run, decisive
+  s[3] = RefusedStream(s[3].size());  // of block 0 and, as the only block of its run, decisive
   RecordingHost host;
   host.bits = 8;
   EXPECT_EQ(Load(Sequential(2, 2, 1, s), host).status, ERR_UNSUPPORTED_COMPRESSION);
@@ -222,9 +222,10 @@ TEST_F(BandStreams, RandomFilesAgreeWithTheLiteralWalk) {
     if (HasFailure()) return;
   }
   EXPECT_GT(succeeded, 60U);
+  EXPECT_LT(succeeded, 190U);
 }
 
-// 99,999 bands of 9 x 9 blocks and three streams: the walk comes to its end at once.
+// 2000 bands of 9 x 9 blocks and three streams: the walk comes to its end at once.
 TEST_F(BandStreams, ManyBandsWithFewStreamsEndQuickly) {
   ImageSpec image = Sequential(2000, 9, 9, Streams(3));
   const auto start = std::chrono::steady_clock::now();

@@ -11,6 +11,10 @@ namespace {
 constexpr int64_t kStretch = 1024;
 constexpr int64_t kStep = 1021;
 
+bool IsAccepted(const Bytes& stream) {
+  return stream.size() > 2 && stream[0] == 0xFF && stream[1] == 0xD8 && stream[2] == 0xFF;
+}
+
 }  // namespace
 
 Bytes TinyJpeg(uint32_t tag, size_t size) {
@@ -26,6 +30,12 @@ Bytes TinyJpeg(uint32_t tag, size_t size) {
                          static_cast<uint8_t>(tag)};
   stream.insert(stream.begin() + 2, comment.begin(), comment.end());
   if (stream.size() > size) throw std::invalid_argument("a tiny JPEG needs more bytes");
+  stream.resize(size);
+  return stream;
+}
+
+Bytes RefusedStream(size_t size) {
+  Bytes stream = {0xFF, 0xD8, 0xFF, 0xD9};  // it ends without a picture
   stream.resize(size);
   return stream;
 }
@@ -95,11 +105,12 @@ std::optional<Bytes> StreamReference::Next(Walk& walk, bool last_block, bool fal
 Expected StreamReference::Tiles() const {
   Expected expected;
   Walk walk{.remaining = length_};
-  const uint32_t blocks = image_.BlockCount();
-  for (uint32_t block = 0; block < blocks; ++block) {
-    const auto stream = Next(walk, block + 1 == blocks, false);
+  for (uint32_t block = 0; block < image_.BlockCount(); ++block) {
+    const auto stream = Next(walk, block + 1 == image_.BlockCount(), false);
     if (!stream) return {ERR_FILE_READ, expected.streams};
-    expected.streams.push_back(*stream);
+    expected.status = IsAccepted(*stream) ? SUCCESS : ERR_UNSUPPORTED_COMPRESSION;
+    if (IsAccepted(*stream)) expected.streams.push_back(*stream);
+    if (expected.status != SUCCESS && (block + 1) % image_.nbpc == 0) return expected;
   }
   return expected;
 }
@@ -110,13 +121,19 @@ Expected StreamReference::Bands() const {
   const size_t bands = image_.bands.size();
   for (uint32_t block = 0; block < image_.BlockCount(); ++block) {
     Walk walk = saved;
+    expected.status = SUCCESS;
     for (size_t band = 0; band < bands; ++band) {
       const auto stream = Next(walk, false, true);
       if (band == 0) saved = walk;
       if (!stream) return {ERR_FILE_READ, expected.streams};
+      if (!IsAccepted(*stream)) {
+        expected.status = ERR_UNSUPPORTED_COMPRESSION;
+        continue;
+      }
       expected.streams.push_back(*stream);
       for (size_t i = 0; i < bands; ++i) Next(walk, false, true);
     }
+    if (expected.status != SUCCESS && (block + 1) % image_.nbpc == 0) return expected;
   }
   return expected;
 }

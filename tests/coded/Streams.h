@@ -15,6 +15,9 @@ inline constexpr size_t kTinyJpegSize = 700;
 // end. Its only start marker is its own.
 Bytes TinyJpeg(uint32_t tag, size_t size = kTinyJpegSize);
 
+// Begins as a stream and is none.
+Bytes RefusedStream(size_t size = kTinyJpegSize);
+
 // What a load is expected to be given.
 struct Expected {
   int32_t status = SUCCESS;
@@ -30,7 +33,7 @@ class StreamReference {
   std::optional<uint32_t> FindLast() const;
   std::optional<Bytes> Read(int64_t offset, size_t size) const;
 
-  // The streams that are loaded without a block mask, when each is of an accepted kind.
+  // The streams that are loaded without a block mask. What does not begin with a start marker is refused.
   Expected Tiles() const;
   Expected Bands() const;
 

@@ -187,10 +187,7 @@ TEST_F(TileScan, MultiStreamsAfterTheFirstBeginAfresh) {
 
 // A block that is given up does not count as decoded.
 TEST_F(TileScan, MultiStreamsAfterARefusedOneDoNotBeginAfresh) {
-  Bytes other = TinyJpeg(1, 1500);
-  other[2] = 0xFF;
-  other[3] = 0x00;  // no marker follows SOI
-  const std::vector<Bytes> streams = {other, TinyJpeg(2, 1500), TinyJpeg(3, 1500)};
+  const std::vector<Bytes> streams = {RefusedStream(1500), TinyJpeg(2, 1500), TinyJpeg(3, 1500)};
   RecordingHost host;
   ASSERT_EQ(Load(Scanned(1, 3, streams, "MULTI"), host).status, SUCCESS);
   ASSERT_EQ(host.loads.size(), 2U);
@@ -255,7 +252,7 @@ TEST_F(TileScan, RandomFilesAgreeWithTheLiteralSearch) {
     if (HasFailure()) return;
   }
   EXPECT_GT(succeeded, 100U);
-  EXPECT_GT(failed, 20U);
+  EXPECT_GT(failed, 10U);
 }
 
 }  // namespace

@@ -52,7 +52,8 @@ struct Block {
   uint32_t width = 0;
 
   void Store(int64_t at, uint32_t value) {
-    if (at >= 0 && static_cast<uint64_t>(at) < bytes.size()) bytes[static_cast<size_t>(at)] = static_cast<uint8_t>(value);
+    if (at >= 0 && static_cast<uint64_t>(at) < bytes.size())
+      bytes[static_cast<size_t>(at)] = static_cast<uint8_t>(value);
   }
 
   void StoreBytes(const Kernels& k, const std::vector<uint32_t>& words, int64_t start, uint32_t step) {
@@ -82,7 +83,8 @@ struct Block {
     for (uint32_t group = 0; group < groups; ++group, cursor += 6) {
       if (cursor < 0 || static_cast<uint64_t>(cursor) + 3 > bytes.size()) continue;
       const auto at = static_cast<size_t>(cursor);
-      Bytes three(bytes.begin() + static_cast<std::ptrdiff_t>(at), bytes.begin() + static_cast<std::ptrdiff_t>(at + 3));
+      Bytes three(bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                  bytes.begin() + static_cast<std::ptrdiff_t>(at + 3));
       ReferenceConvert(three, 12, 12, 3, 0, 0);
       std::copy(three.begin(), three.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at));
     }
@@ -232,7 +234,8 @@ SegmentBitmap DecodeVq(const ImageSpec& image, const BuiltFile& built) {
     x = std::max(x, block % image.nbpr * image.nppbh);
     y = std::max(y, block / image.nbpr * image.nppbv);
   }
-  const uint32_t bits = image.irep == "MONO" && image.nbpp == 32 ? 8 : (image.bands.size() > 1 ? 3 : 1) * image.nbpp;
+  const uint32_t bits =
+      image.irep == "MONO" && image.nbpp == 32 ? 8 : (image.bands.size() > 1 ? 3 : 1) * image.nbpp;
   SegmentBitmap segment;
   segment.rows = PackedRows(x + image.nppbh, y + image.nppbv, bits);
   segment.palette = PaletteOf(image, bits);
@@ -250,7 +253,8 @@ SegmentBitmap DecodeVq(const ImageSpec& image, const BuiltFile& built) {
   const auto tables = in.Number(2);
   in.Skip(7);
   if (!rows || !across || !code_bits || !tables || !in.Number(1)) return fail(ERR_FILE_READ);
-  if (*rows == 0 || *across == 0 || *tables == 0 || *code_bits == 0 || *code_bits > 16) return fail(ERR_FILE_FORMAT);
+  if (*rows == 0 || *across == 0 || *tables == 0 || *code_bits == 0 || *code_bits > 16)
+    return fail(ERR_FILE_FORMAT);
   Kernels k;
   k.height = image.nppbv / *rows;
   k.width = image.nppbh / *across;
@@ -261,8 +265,8 @@ SegmentBitmap DecodeVq(const ImageSpec& image, const BuiltFile& built) {
 
   const PackedRows tile(image.nppbh, image.nppbv, bits);
   const size_t per_pixel = bits == 8 ? 1 : (bits == 12 || bits == 16 ? 2 : 3);
-  Block block{Bytes(std::max(size_t{image.nppbh} * image.nppbv * per_pixel, tile.bytes.size())), tile.bytes_per_line,
-              image.nppbh};
+  Block block{Bytes(std::max(size_t{image.nppbh} * image.nppbv * per_pixel, tile.bytes.size())),
+              tile.bytes_per_line, image.nppbh};
   for (uint32_t index = 0; index < image.BlockCount(); ++index) {
     if (!present(index)) continue;
     for (uint32_t r = 0; r < image.nppbv; r += k.height) {

@@ -15,9 +15,9 @@ struct VqStream {
   uint32_t image_rows = 1;
   uint32_t codes_per_row = 1;
   uint8_t code_bits = 8;
-  std::vector<Bytes> tables;    // of `entries` lines each
-  uint32_t entries = 0;         // of the first look-up record
-  std::vector<uint32_t> codes;  // of all blocks in sequence
+  std::vector<Bytes> tables = {};             // of `entries` lines each
+  uint32_t entries = 0;                       // of the first look-up record
+  std::vector<uint32_t> codes = {};           // of all blocks in sequence
   std::optional<uint16_t> record_count = {};  // in place of the number of tables
   Bytes tail = {};                            // behind the codes
 

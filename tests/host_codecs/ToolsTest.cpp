@@ -127,9 +127,9 @@ TEST_F(ToolsTest, Fax2Tiff) {
     const Stream data = EncodeFax(page, {two ? FaxKind::kG3TwoD : FaxKind::kG3OneD});
     std::ofstream(Path("page.g3"), std::ios::binary)
         .write(reinterpret_cast<const char*>(data.data()), static_cast<std::streamsize>(data.size()));
-    Run("fax2tiff -M " + std::string(two ? "-2" : "-1") + " -X 1728 -o " + Path("page.tif") + " " +
+    Run("fax2tiff -m -M " + std::string(two ? "-2" : "-1") + " -X 1728 -o " + Path("page.tif") + " " +
         Path("page.g3"));
-    Run("tiffcp -c none -r 10000 " + Path("page.tif") + " " + Path("plain.tif"));
+    Run("tiffcp -c none -f msb2lsb -r 10000 " + Path("page.tif") + " " + Path("plain.tif"));
     const Stream plain = ReadFile(Path("plain.tif"));
     FaxDescription description{.format = two ? 67u : 66u, .width = 1728, .height = 300};
     Bitmap bitmap;

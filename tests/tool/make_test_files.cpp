@@ -72,9 +72,10 @@ BuiltFile Mixed() {
   return file.Build();
 }
 
-BuiltFile Coded() {
+// The second image's data are no stream of any kind.
+BuiltFile Coded(const char* coding) {
   ImageSpec coded = GreyImage(4, 4);
-  coded.ic = "C8";
+  coded.ic = coding;
   return NtfBuilder{GreyImage(4, 4), coded}.Build();
 }
 
@@ -120,7 +121,8 @@ int main(int argc, char** argv) {
   write("grey.ntf", Grey());
   write("dark.ntf", Dark());
   write("mixed.ntf", Mixed());
-  write("coded.ntf", Coded());
+  write("coded.ntf", Coded("C8"));
+  write("refused_coding.ntf", Coded("C0"));
   write("huge.ntf", Huge());
   write("empty_document.ntf", NtfBuilder{}.Build());
   write("deep_bands.ntf", DeepBands());

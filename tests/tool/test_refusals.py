@@ -26,7 +26,10 @@ NOT_OPENED = {
 }
 
 NOT_DRAWN = {
-    "coded.ntf": 'image 1: compression "C8" (only "NC" and "NM" are drawn yet) [ERR_NOT_SUPPORTED -16]',
+    "coded.ntf": 'image 1: its data, compression "C8", are of no kind that can be decoded '
+                 "[ERR_NOT_SUPPORTED -16]",
+    "refused_coding.ntf": 'image 1: compression "C0" ("C0", "C2", "M0" and "M2" are not drawn) '
+                          "[ERR_NOT_SUPPORTED -16]",
     "mixed.ntf": "graphic 0: graphics are not drawn yet (only images are) [ERR_NOT_SUPPORTED -16]",
     "data_cut.ntf": "image 0: its data end at byte {end}, the file at byte {size} [ERR_FILE_READ -7]",
     "huge.ntf": "more memory is needed than there is or than one picture may take [ERR_NO_MEMORY -1]",

@@ -10,7 +10,6 @@
 
 #include <stdexcept>
 
-#include "NtfHdrFacts.h"
 #include "UnitTest.h"
 
 namespace {

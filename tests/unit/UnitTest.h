@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "HostFixture.h"
 #include "NitfFile.h"
