@@ -37,7 +37,7 @@ class LevelIndex {
     uint32_t index = 0;
   };
 
-  LevelIndex(const SegmentNode<Record>* node, uint32_t count) {
+  LevelIndex(const SegmentNode<Record>* node, uint32_t count) : head_(node), count_(count) {
     for (uint32_t i = 0; node != nullptr && i < count; ++i, node = node->Next) {
       if (node->Subheader == nullptr) continue;
       const uint32_t level = node->Subheader->DisplayLevel + kLowest;
@@ -46,9 +46,22 @@ class LevelIndex {
   }
 
   // The first segment with the level; no record when there is none.
-  Place Find(uint32_t level) const { return level + kLowest < kLevels ? first_[level + kLowest] : Place{}; }
+  Place Find(uint32_t level) const {
+    return level + kLowest < kLevels ? first_[level + kLowest] : Search(level);
+  }
 
  private:
+  // A level that no file can hold, but an application can set.
+  Place Search(uint32_t level) const {
+    const SegmentNode<Record>* node = head_;
+    for (uint32_t i = 0; node != nullptr && i < count_; ++i, node = node->Next) {
+      if (node->Subheader != nullptr && node->Subheader->DisplayLevel == level) return {node->Subheader, i};
+    }
+    return {};
+  }
+
+  const SegmentNode<Record>* head_;
+  uint32_t count_;
   // Levels of three characters: 0 to 999, and -99 to -1 where a file has a sign.
   static constexpr uint32_t kLowest = 99;
   static constexpr uint32_t kLevels = 999 + kLowest + 1;

@@ -1,6 +1,5 @@
 // The getters of the public header records, and the operations that free what they hand out.
 #include <algorithm>
-#include <cstdlib>
 
 #include "NitfFile.h"
 #include "PublicRecords.h"
@@ -263,26 +262,31 @@ int32_t FillTextBlock(NitfTextHeaderInfo* record, const TxSubHdr& source) {
                     : SUCCESS;
 }
 
-// The texts of a list of `count` pointers are freed, then the list.
-void FreeTexts(void* record, uint16_t list_offset, uint32_t count) {
+// Frees entry `i` of a list of texts.
+void FreeEntry(void* record, uint16_t list_offset, uint32_t i) {
   char** list = GetMember<char**>(record, list_offset);
-  for (uint32_t i = 0; list != nullptr && i < count; ++i) {
-    if (list[i] != nullptr) HostFreeMem(list[i], Here().line, Here().unit);
-    list[i] = nullptr;
-  }
-  FreeMember(record, list_offset);
+  if (list == nullptr) return;
+  if (list[i] != nullptr) HostFreeMem(list[i], Here().line, Here().unit);
+  list[i] = nullptr;
 }
 
-// The entries of the other band lists are looked at only while there is a list of IREPBAND.
+void FreeComments(NitfImageHeaderInfo* record) {
+  constexpr uint16_t kComments = offsetof(NitfImageHeaderInfo, ICOM);
+  for (uint32_t i = 0; record->ICOM != nullptr && i < record->NICOM; ++i) FreeEntry(record, kComments, i);
+  FreeMember(record, kComments);
+}
+
+// The entries of the band lists are looked at only while there is a list of IREPBAND, and nothing at all
+// without bands.
 void FreeBandLists(NitfImageHeaderInfo* record) {
   using Record = NitfImageHeaderInfo;
-  const uint32_t bands = record->NBANDS;
-  if (bands == 0) return;
-  const uint32_t entries = record->IREPBAND != nullptr ? bands : 0;
-  for (const auto offset : {offsetof(Record, IREPBAND), offsetof(Record, ISUBCAT), offsetof(Record, IFC),
-                            offsetof(Record, IMFLT)}) {
-    FreeTexts(record, static_cast<uint16_t>(offset), entries);
+  constexpr uint16_t kLists[] = {offsetof(Record, IREPBAND), offsetof(Record, ISUBCAT), offsetof(Record, IFC),
+                                 offsetof(Record, IMFLT)};
+  if (record->NBANDS == 0) return;
+  for (uint32_t band = 0; record->IREPBAND != nullptr && band < record->NBANDS; ++band) {
+    for (const uint16_t list : kLists) FreeEntry(record, list, band);
   }
+  for (const uint16_t list : kLists) FreeMember(record, list);
 }
 
 }  // namespace
@@ -309,7 +313,7 @@ int32_t Tavi_NITFGetNITFHeader(NitfHandle handle, NitfHeaderInfo* record) {
   const int32_t status =
       FillMembers<tavi::NtfHdr>(record, tavi::file_header::kMembers, header, tavi::FileHeaderRows());
   if (status != SUCCESS) return status;
-  record->FVER = static_cast<float>(std::strtod(header.Text.FVER, nullptr));
+  record->FVER = static_cast<float>(tavi::ParseReal(header.Text.FVER, sizeof header.Text.FVER - 1));
   return tavi::FillLengthLists(record, header);
 }
 
@@ -350,9 +354,20 @@ int32_t Tavi_NITFFreeNITFHeader(NitfHeaderInfo* record) {
 
 int32_t Tavi_NITFFreeImageHeader(NitfImageHeaderInfo* record) {
   if (record == nullptr) return ERR_NULL_ARGUMENT;
-  tavi::FreeTexts(record, offsetof(NitfImageHeaderInfo, ICOM), record->NICOM);
+  // In record order: what lies between is freed as it stands.
+  const std::span<const tavi::Member> members = tavi::image::kMembers;
+  const auto place = [&](std::string_view field) {
+    return static_cast<size_t>(
+        std::find_if(members.begin(), members.end(), [&](const auto& m) { return field == m.field; }) -
+        members.begin());
+  };
+  const size_t comments = place("ICOM");
+  const size_t bands = place("IREPBAND");
+  FreeMembers(record, members.first(comments));
+  tavi::FreeComments(record);
+  FreeMembers(record, members.subspan(comments + 1, bands - comments - 1));
   tavi::FreeBandLists(record);
-  FreeMembers(record, tavi::image::kMembers);
+  FreeMembers(record, members.subspan(bands));
   return SUCCESS;
 }
 

@@ -1,7 +1,6 @@
 #include "ImSubHdr.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 #include "HeaderReader.h"
@@ -110,7 +109,8 @@ int32_t RefuseDeepBands(R& r, const Field&) {
 
 int32_t SetMagnification(R& r, const Field&) {
   const char* text = r.Text.IMAG;
-  r.Magnification = text[0] == '/' ? 1.0 / ParseInteger(text + 1, 3) : std::strtod(text, nullptr);
+  r.Magnification =
+      text[0] == '/' ? 1.0 / ParseInteger(text + 1, 3) : ParseReal(text, sizeof r.Text.IMAG - 1);
   return SUCCESS;
 }
 
@@ -142,24 +142,29 @@ int32_t ReadLookupTables(R& r, FieldReader& reader, uint32_t band) {
   const auto entries = static_cast<uint32_t>(ParseInteger(digits, sizeof digits));
   r.BandLutEntries[band] = entries;
   if (entries == 0) return SUCCESS;
-  HostArray<HostPaletteEntry> lut;
   HostArray<uint8_t> table;
-  if (!reader.CanHoldGroup(entries, 1)) return ERR_FILE_READ;
-  // Hosts take a palette without a count and read 256 entries of it.
+  if (!reader.CanHoldGroup(entries, 1)) {
+    reader.ReportUnread("LUTD", shown);
+    return ERR_FILE_READ;
+  }
+  // Hosts take a palette without a count and read 256 entries of it. What a streaming pass ends before keeps
+  // its value.
   constexpr uint32_t kLeastEntries = 256;
+  HostArray<HostPaletteEntry> lut;
   if (!lut.Allocate(std::max(entries, kLeastEntries), Here()) || !table.Allocate(entries, Here()))
     return ERR_NO_MEMORY;
+  if (r.Lut.exists() && reader.is_streaming()) {
+    HostMemCopy(lut.data(), r.Lut.data(), std::min(lut.size(), r.Lut.size()) * sizeof(HostPaletteEntry));
+  }
   uint8_t HostPaletteEntry::*const colours[] = {&HostPaletteEntry::red, &HostPaletteEntry::green,
                                                 &HostPaletteEntry::blue};
-  for (int32_t c = 0; c < 3; ++c) {
-    if (c == 0 || tables != 1) {
-      status = reader.Read("LUTD", shown, c, table.data(), entries);
-      if (status != SUCCESS) return status;
-    }
+  for (int32_t c = 0; c < 3 && status == SUCCESS; ++c) {
+    if (c == 0 || tables != 1) status = reader.Read("LUTD", shown, c, table.data(), entries);
+    if (status != SUCCESS) break;
     for (uint32_t i = 0; i < entries; ++i) lut[i].*colours[c] = table[i];
   }
   r.Lut = std::move(lut);
-  return SUCCESS;
+  return status;
 }
 
 // The data mask table's binary head, most significant byte first.
@@ -186,9 +191,12 @@ int32_t ReadMaskHead(R& r, FieldReader& reader, uint32_t) {
 int32_t ReadMask(const R& r, FieldReader& reader, const char* name, MaskTable& mask) {
   constexpr uint64_t kMost = UINT32_MAX;
   const uint64_t blocks = static_cast<uint64_t>(r.BlocksPerRow) * r.BlocksPerColumn;
-  if (blocks > kMost || blocks * r.BandCount > kMost) return ERR_FILE_READ;
-  const uint64_t size = blocks * r.BandCount * 4;
-  if (!reader.CanHold(size)) return ERR_FILE_READ;
+  const bool countable = blocks <= kMost && blocks * r.BandCount <= kMost;
+  const uint64_t size = countable ? blocks * r.BandCount * 4 : 0;
+  if (!countable || !reader.CanHold(size)) {
+    reader.ReportUnread(name, -1);
+    return ERR_FILE_READ;
+  }
   HostArray<uint8_t> bytes;
   if (!bytes.Allocate(size + 4, Here())) return ERR_NO_MEMORY;
   const int32_t status = reader.Read(name, bytes.data(), size);
@@ -256,7 +264,7 @@ constexpr FieldRow<R> kRows[] = {
         .CodeOrRefuse(&R::PixelType, kPixelTypes, ERR_UNSUPPORTED_PVTYPE, "Unsupported PVTYPE")
         .Blank(),
     TEXT(IREP, 8).Code(&R::Representation, kRepresentations).Blank(),
-    TEXT(ICAT, 8).Blank().Starts("VIS").Settable(),
+    TEXT(ICAT, 8).Starts("VIS").Settable(),
     TEXT(ABPP, 2).Number(&R::ActualBits),
     TEXT(PJUST, 1).Then(SetJustification).Blank(),
     TEXT(ICORDS, 1).Blank(),

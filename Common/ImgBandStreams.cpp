@@ -1,93 +1,107 @@
 // Band-sequential streams: one for each band of each block, merged into one colour tile.
+#include <algorithm>
+
 #include "ImgEmbedded.h"
 
 namespace tavi {
 
-TAVI_UNIT(L"Common/ImgBandStreams")
-
 namespace {
 
-// The bitmaps of one block's bands. The pointers end in nulls, since the merge is not told how many there
-// are.
+// The bitmaps of one block's bands, in the order in which the merge takes them: the last band first. It looks
+// at three, so no more are kept, and a null ends them.
 class BandBitmaps {
  public:
-  ~BandBitmaps() { FreePixels(); }
-
-  bool Prepare(uint32_t bands) {
-    constexpr uint64_t kLeastPointers = 4;
-    if (!records_.Allocate(bands, Here()) || !pointers_.Allocate(bands + kLeastPointers, Here()))
-      return false;
-    for (uint64_t i = 0; i < bands; ++i) {
-      HostInitBitmap(&records_[i], sizeof(HostBitmap), 0, 0, 0);
-      pointers_[i] = &records_[i];
-    }
-    return true;
+  explicit BandBitmaps(uint32_t bands) : bands_(bands) {
+    for (uint32_t i = 0; i < std::min(bands, kMerged); ++i) pointers_[i] = records_[i].get();
   }
-  // Bands fill the array from its last element to its first.
-  HostBitmap* OfBand(uint32_t band) { return pointers_[records_.size() - 1 - band]; }
-  HostBitmap** all() { return pointers_.data(); }
+  HostBitmap* OfBand(uint32_t band) {
+    const uint32_t place = bands_ - 1 - band;
+    return place < kMerged ? records_[place].get() : unmerged_.get();
+  }
+  HostBitmap** all() { return pointers_; }
+  // With a block mask all bands are the same stream: one bitmap serves for all.
+  void ShareBand(uint32_t band) {
+    for (uint32_t i = 0; i < std::min(bands_, kMerged); ++i) pointers_[i] = OfBand(band);
+  }
   void FreePixels() {
-    for (uint64_t i = 0; i < records_.size(); ++i) {
-      if ((records_[i].flags & 1) != 0) HostFreeBitmap(&records_[i]);
-    }
+    for (OwnedBitmap& record : records_) record.Free();
+    unmerged_.Free();
   }
 
  private:
-  HostArray<HostBitmap> records_;
-  HostArray<HostBitmap*> pointers_;
+  static constexpr uint32_t kMerged = 3;
+  uint32_t bands_;
+  OwnedBitmap records_[kMerged];
+  OwnedBitmap unmerged_;  // of the bands before: loaded for their status alone
+  HostBitmap* pointers_[kMerged + 1] = {};
 };
 
 class BandStreamDecoder {
  public:
   BandStreamDecoder(FilterLoadContext* context, SegmentJob& job)
-      : context_(context), job_(job), finder_(job) {}
-  bool Prepare() { return bitmaps_.Prepare(job_.bands); }
+      : context_(context), job_(job), finder_(job), identifier_(job, job.bands), bitmaps_(job.bands) {}
 
   // What ends the decoding is returned; a band that is given up only leaves its mark in `run_status`.
   int32_t Decode(uint64_t block, int32_t& run_status) {
-    StreamWalk walk = saved_;
-    int32_t block_status = SUCCESS;
-    bool loaded = false;
-    for (uint32_t band = 0; band < job_.bands; ++band) {
-      StreamBytes stream;
-      if (IsMasked()) {
-        if (job_.image.BlockMask.At(block) == MaskTable::kAbsentBlock)
-          break;  // every band has the same entry
-      }
-      int32_t status =
-          IsMasked() ? TakeByMask(block, stream) : finder_.NextStream(&stream, false, true, walk);
-      if (band == 0) saved_ = walk;  // the next block's first stream follows this block's first stream
+    const bool masked = job_.image.BlockMaskLength != 0;
+    if (masked && job_.image.BlockMask.At(block) == MaskTable::kAbsentBlock) return SUCCESS;
+    if (!repeats_) {
+      complete_ = true;
+      const int32_t status = masked ? LoadByMask(block) : LoadByScan();
       if (status != SUCCESS) return status;
-      status = IdentifyStream(stream);
-      if (status != SUCCESS) {
-        block_status = status;
-        continue;
+      if (complete_) {
+        const int32_t merged = HostColorMerge(merged_.get(), bitmaps_.all(), sizeof(HostBitmap), 0);
+        if (merged != SUCCESS) return merged;
       }
-      status = Load(stream, bitmaps_.OfBand(band));
-      if (status != SUCCESS) return status;
-      loaded = true;
-      SkipStreams(walk);
+      bitmaps_.FreePixels();
+    } else if (!identifier_.Claim(static_cast<uint64_t>(merged_->width) * merged_->height)) {
+      return ERR_FILE_FORMAT;
     }
-    run_status = loaded || block_status != SUCCESS ? block_status : run_status;
-    const int32_t status = loaded && block_status == SUCCESS ? Merge(block) : SUCCESS;
-    bitmaps_.FreePixels();
-    return status;
+    run_status = complete_ ? SUCCESS : ERR_UNSUPPORTED_COMPRESSION;
+    return complete_ ? Combine(block) : SUCCESS;
   }
 
  private:
-  bool IsMasked() const { return job_.image.BlockMaskLength != 0; }
-
-  int32_t TakeByMask(uint64_t block, StreamBytes& stream) {
+  int32_t LoadByMask(uint64_t block) {
+    StreamBytes stream;
     const uint32_t entry = job_.image.BlockMask.At(block);
     uint32_t next = 0;
-    if (NextPresentEntry(job_.image, block, next)) {
-      return finder_.ReadStreamBytes(stream, static_cast<int64_t>(entry) + job_.image.DataOffset,
-                                     next - entry);
-    }
-    return finder_.ReadStreamBytes(stream, entry, job_.data_length - entry);
+    const int32_t status =
+        NextPresentEntry(job_.image, block, next)
+            ? finder_.ReadStreamBytes(stream, static_cast<int64_t>(entry) + job_.image.DataOffset,
+                                      next - entry)
+            : finder_.ReadStreamBytes(stream, entry, job_.data_length - entry);
+    if (status != SUCCESS) return status;
+    bitmaps_.ShareBand(0);
+    return LoadIfAccepted(stream, bitmaps_.OfBand(0), complete_);
   }
 
-  int32_t Load(const StreamBytes& stream, HostBitmap* bitmap) {
+  int32_t LoadByScan() {
+    StreamWalk walk = saved_;
+    for (uint32_t band = 0; band < job_.bands; ++band) {
+      StreamBytes stream;
+      int32_t status = finder_.NextStream(&stream, false, true, walk);
+      if (status != SUCCESS) return status;
+      if (band == 0) {
+        // The next block's first stream follows this block's. Behind the last stream nothing moves any more: every
+        // further block shows what this one does.
+        repeats_ = walk.consumed == saved_.consumed && walk.remaining == saved_.remaining;
+        saved_ = walk;
+      }
+      bool accepted = true;
+      status = LoadIfAccepted(stream, bitmaps_.OfBand(band), accepted);
+      if (status != SUCCESS) return status;
+      complete_ = complete_ && accepted;
+      if (accepted) SkipStreams(walk);
+    }
+    return SUCCESS;
+  }
+
+  int32_t LoadIfAccepted(const StreamBytes& stream, HostBitmap* bitmap, bool& accepted) {
+    accepted = identifier_.Identify(stream) == SUCCESS;
+    if (!accepted) return SUCCESS;
+    if (identifier_.claims_too_much()) return ERR_FILE_FORMAT;
+    if ((bitmap->flags & 1) != 0) HostFreeBitmap(bitmap);
     HostLoadFlagsRecord options{};
     HostLoadOptions(&options, sizeof options);
     if (job_.image.Representation == kRgb || job_.image.Representation == kMulti)
@@ -97,7 +111,6 @@ class BandStreamDecoder {
 
   // The next band's stream is the one as many streams further on as there are bands.
   void SkipStreams(StreamWalk& walk) {
-    if (IsMasked()) return;
     for (uint32_t i = 0; i < job_.bands; ++i) {
       const uint32_t before = walk.consumed;
       finder_.NextStream(nullptr, false, true, walk);
@@ -105,21 +118,23 @@ class BandStreamDecoder {
     }
   }
 
-  int32_t Merge(uint64_t block) {
+  int32_t Combine(uint64_t block) {
     constexpr uint32_t kReplace = 800;
-    OwnedBitmap merged;
-    const int32_t status = HostColorMerge(merged.get(), bitmaps_.all(), sizeof(HostBitmap), 0);
-    if (status != SUCCESS) return status;
-    merged->order = job_.bitmap->order;
+    merged_->order = job_.bitmap->order;
     const auto x = static_cast<int32_t>(block % job_.image.BlocksPerRow * job_.image.BlockWidth);
     const auto y = static_cast<int32_t>(block / job_.image.BlocksPerRow * job_.image.BlockHeight);
-    return HostCombineBitmap(job_.bitmap, x, y, merged->width, merged->height, merged.get(), 0, 0, kReplace);
+    return HostCombineBitmap(job_.bitmap, x, y, merged_->width, merged_->height, merged_.get(), 0, 0,
+                             kReplace);
   }
 
   FilterLoadContext* context_;
   SegmentJob& job_;
   StreamFinder finder_;
+  StreamIdentifier identifier_;
   BandBitmaps bitmaps_;
+  OwnedBitmap merged_;
+  bool complete_ = true;  // no band of the block was given up
+  bool repeats_ = false;  // the next block is this one again
   StreamWalk saved_{.remaining = job_.data_length};
 };
 
@@ -127,7 +142,6 @@ class BandStreamDecoder {
 
 int32_t DecodeBandStreams(FilterLoadContext* context, SegmentJob& job) {
   BandStreamDecoder decoder(context, job);
-  if (!decoder.Prepare()) return ERR_NO_MEMORY;
   int32_t run_status = SUCCESS;
   for (uint64_t run = 0; run < job.image.BlocksPerRow; ++run) {
     for (uint64_t i = 0; i < job.image.BlocksPerColumn; ++i) {

@@ -36,12 +36,12 @@ bool IsAbsent(const SegmentJob& job, uint64_t block) {
   return entry == MaskTable::kAbsentBlock || entry > job.data_length;
 }
 
-int32_t BlockTile::Create(uint32_t bits) {
+int32_t BlockTile::Create(uint32_t bits, uint32_t order) {
   constexpr uint64_t kStripBytes = 128 * 1024;
   const uint64_t line = (static_cast<uint64_t>(bits) * job_.image.BlockWidth + 31) / 32 * 4;
   const uint64_t rows = std::max<uint64_t>(kStripBytes / std::max<uint64_t>(line, 1), 1);
   strip_rows_ = static_cast<uint32_t>(std::min<uint64_t>(rows, job_.image.BlockHeight));
-  return HostCreateBitmap(tile_.get(), sizeof(HostBitmap), 1, job_.image.BlockWidth, strip_rows_, bits, 1,
+  return HostCreateBitmap(tile_.get(), sizeof(HostBitmap), 1, job_.image.BlockWidth, strip_rows_, bits, order,
                           nullptr, 1, nullptr, 0);
 }
 
@@ -58,25 +58,31 @@ int32_t BlockTile::PutRow(const uint8_t* row, uint64_t bytes) {
 
 int32_t BlockTile::Finish() {
   if (rows_in_strip_ == 0) return SUCCESS;
-  const int32_t status = Combine(rows_in_strip_);
+  const int32_t status = Combine(tile_.get(), rows_in_strip_);
   rows_done_ += rows_in_strip_;
   rows_in_strip_ = 0;
   return status;
 }
 
 void BlockTile::Discard() {
-  HostClearBitmap(tile_.get());
+  // A blank of the segment's own depth goes in byte for byte; the tile's black could be another palette
+  // entry.
+  OwnedBitmap blank;
+  if (HostCreateBitmap(blank.get(), sizeof(HostBitmap), 1, job_.image.BlockWidth, strip_rows_,
+                       job_.bitmap->bits, 1, nullptr, 1, nullptr, 0) != SUCCESS) {
+    return;
+  }
   const uint32_t written = rows_done_;
   for (rows_done_ = 0; rows_done_ < written; rows_done_ += strip_rows_) {
-    if (Combine(std::min(strip_rows_, written - rows_done_)) != SUCCESS) return;
+    if (Combine(blank.get(), std::min(strip_rows_, written - rows_done_)) != SUCCESS) return;
   }
 }
 
-int32_t BlockTile::Combine(uint32_t rows) {
+int32_t BlockTile::Combine(HostBitmap* source, uint32_t rows) {
   constexpr uint32_t kReplace = 800;
-  tile_->order = job_.bitmap->order;
+  source->order = job_.bitmap->order;
   return HostCombineBitmap(job_.bitmap, x_, y_ + static_cast<int32_t>(rows_done_), job_.image.BlockWidth,
-                           rows, tile_.get(), 0, 0, kReplace);
+                           rows, source, 0, 0, kReplace);
 }
 
 }  // namespace tavi

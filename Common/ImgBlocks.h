@@ -80,8 +80,9 @@ class BlockTile {
  public:
   explicit BlockTile(const SegmentJob& job) : job_(job) {}
 
-  // Makes the tile, of the blocks' width and `bits` per pixel. The status of HostCreateBitmap.
-  int32_t Create(uint32_t bits);
+  // Makes the tile, of the blocks' width, `bits` per pixel and a colour order. The status of
+  // HostCreateBitmap.
+  int32_t Create(uint32_t bits, uint32_t order = 1);
   // Rows in a strip.
   uint32_t strip_rows() const { return strip_rows_; }
   uint32_t bytes_per_line() { return tile_->bytes_per_line; }
@@ -97,7 +98,7 @@ class BlockTile {
   void Discard();
 
  private:
-  int32_t Combine(uint32_t rows);
+  int32_t Combine(HostBitmap* source, uint32_t rows);
 
   const SegmentJob& job_;
   OwnedBitmap tile_;

@@ -16,8 +16,9 @@ constexpr uint32_t kTopDown = 1;
 
 void GiveLookupPalette(HostBitmap* bitmap, const ImSubHdr& image) {
   const uint32_t entries = EffectiveBandCount(image) != 0 ? image.BandLutEntries.At(0) : 0;
-  // An indexed bitmap shows no more entries than its depth can tell apart.
-  const uint64_t shown = bitmap->bits <= 8 ? 1ULL << bitmap->bits : image.Lut.size();
+  // An indexed bitmap tells no more entries apart.
+  constexpr uint64_t kIndexedEntries = 256;
+  const uint64_t shown = bitmap->bits <= 8 ? kIndexedEntries : image.Lut.size();
   const auto count = static_cast<uint32_t>(std::min({uint64_t{entries}, image.Lut.size(), shown}));
   const OwnedPalette palette(HostCreatePalette(image.Lut.data(), count), Here());
   if (palette.get() != nullptr) HostSetBitmapPalette(bitmap, palette.get());

@@ -35,7 +35,8 @@ int32_t PrependStreamHeader(SegmentJob& job, StreamBytes& stream, int64_t offset
 // One stream after another, each into the place of its block.
 class TileDecoder {
  public:
-  TileDecoder(FilterLoadContext* context, SegmentJob& job) : context_(context), job_(job), finder_(job) {}
+  TileDecoder(FilterLoadContext* context, SegmentJob& job)
+      : context_(context), job_(job), finder_(job), identifier_(job, 1) {}
 
   // What ends the decoding is returned; a block that is given up only leaves its mark in `run_status`.
   int32_t Decode(uint64_t block, int32_t& run_status) {
@@ -44,8 +45,9 @@ class TileDecoder {
     StreamBytes stream;
     int32_t status = job_.image.BlockMaskLength != 0 ? TakeByMask(block, stream) : TakeByScan(block, stream);
     if (status != SUCCESS) return status;
-    run_status = IdentifyStream(stream);
+    run_status = identifier_.Identify(stream);
     if (run_status != SUCCESS) return SUCCESS;
+    if (identifier_.claims_too_much()) return ERR_FILE_FORMAT;
     HostLoadFlagsRecord options{};
     SetOptions(stream, options);
     OwnedBitmap tile;
@@ -69,7 +71,8 @@ class TileDecoder {
     if (NextPresentEntry(job_.image, block, next))
       return finder_.ReadStreamBytes(stream, entry + pixels, next - entry);
     uint32_t size = 0;
-    finder_.FindLastStream(size);  // a failed search leaves an empty stream, which is then not identified
+    // A search without a hit leaves an empty stream, which is then not identified.
+    if (finder_.FindLastStream(size) == ERR_NO_MEMORY) return ERR_NO_MEMORY;
     return finder_.ReadStreamBytes(stream, static_cast<int64_t>(job_.data_length) - size, size);
   }
 
@@ -91,6 +94,7 @@ class TileDecoder {
   FilterLoadContext* context_;
   SegmentJob& job_;
   StreamFinder finder_;
+  StreamIdentifier identifier_;
   StreamWalk walk_{.remaining = job_.data_length};
   uint64_t decoded_ = 0;
 };
@@ -108,13 +112,20 @@ int32_t LoadStream(FilterLoadContext* context, const uint8_t* stream, uint64_t s
   return load(stream, bitmap, sizeof *bitmap, kCodedDepth, kGreyOrBgr, size, options, nullptr);
 }
 
-int32_t IdentifyStream(const StreamBytes& stream) {
+StreamIdentifier::StreamIdentifier(const SegmentJob& job, uint32_t copies) {
+  constexpr uint64_t kFreeShare = 1ULL << 26;  // one large picture more than the segment needs
+  const uint64_t area = static_cast<uint64_t>(job.bitmap->width) * job.bitmap->height;
+  allowed_ = kFreeShare + area * copies;
+}
+
+int32_t StreamIdentifier::Identify(const StreamBytes& stream) {
   constexpr uint32_t kAccepted[] = {10, 11, 21, 22, 23, 24, 5, 165, 26};
   HostFileInfo information{};
   if (stream.size == 0 || HostFileInfoMemory(stream.bytes.data(), &information, sizeof information,
                                              stream.size, 0, 0) != SUCCESS) {
     return ERR_UNSUPPORTED_COMPRESSION;
   }
+  claimed_ += static_cast<uint64_t>(information.width) * information.height;
   const uint32_t format = information.format;
   const bool accepted = std::find(std::begin(kAccepted), std::end(kAccepted), format) != std::end(kAccepted);
   return accepted ? SUCCESS : ERR_UNSUPPORTED_COMPRESSION;

@@ -23,8 +23,26 @@ inline constexpr uint32_t kTakeChosenBands = 0x8000;
 // The host's load, or the one that the filter context brings.
 int32_t LoadStream(FilterLoadContext* context, const uint8_t* stream, uint64_t size, HostBitmap* bitmap,
                    HostLoadFlagsRecord* options);
-// SUCCESS for a stream of one of the formats that an image may hold, else ERR_UNSUPPORTED_COMPRESSION.
-int32_t IdentifyStream(const StreamBytes& stream);
+// Tells streams apart, and adds up what they claim to hold.
+class StreamIdentifier {
+ public:
+  // `copies`: how often the segment's area may be coded, once for each band.
+  StreamIdentifier(const SegmentJob& job, uint32_t copies);
+  // SUCCESS for a stream of one of the formats that an image may hold, else ERR_UNSUPPORTED_COMPRESSION.
+  int32_t Identify(const StreamBytes& stream);
+  // Adds pixels that no stream of its own stands for. False when that is too much.
+  bool Claim(uint64_t pixels) {
+    claimed_ += pixels;
+    return !claims_too_much();
+  }
+  // Whether the streams so far claim far more pixels than the segment has: many small ones can cost as much
+  // as a huge one, which a decoder would refuse.
+  bool claims_too_much() const { return claimed_ > allowed_; }
+
+ private:
+  uint64_t allowed_;
+  uint64_t claimed_ = 0;
+};
 // Sets the three band indices and asks for them.
 void RequestBands(SegmentJob& job, HostLoadFlagsRecord& options);
 

@@ -171,7 +171,9 @@ int32_t DecodeBlocks(SegmentJob& job) {
   const uint64_t row_bytes = (static_cast<uint64_t>(job.bitmap->bits) * image.BlockWidth + 7) / 8;
   const bool converts = NeedsConversion(image.SampleBits, image.ActualBits);
   BlockTile tile(job);
-  if (const int32_t status = tile.Create(job.bitmap->bits); status != SUCCESS) return status;
+  if (const int32_t status = tile.Create(job.bitmap->bits, image.Representation > kMono ? 1 : 2);
+      status != SUCCESS)
+    return status;
   RowConverter converter(image, row_bytes, 0, 0);
   HostArray<uint8_t> piece;
   if (!converter.Prepare(row_bytes) || !piece.Allocate(PieceSize(row_bytes, image.BlockHeight), Here())) {

@@ -73,20 +73,37 @@ int32_t StreamFinder::FindNextStream(uint32_t limit, uint32_t& size, uint32_t st
   return scan_status_ != SUCCESS ? scan_status_ : ERR_FILE_READ;
 }
 
-int32_t StreamFinder::FindLastStream(uint32_t& size) {
-  if (!last_known_) {
-    last_known_ = true;
-    HostArray<uint8_t> stretch;
-    if (!stretch.Allocate(kStretch, Here())) return ERR_NO_MEMORY;
-    const int64_t length = job_.data_length;
-    // An offset that passes 0 without meeting it can be read no more.
-    for (int64_t k = 0, offset = length - kStretch; offset > 0 && last_size_ == 0; ++k, offset -= kStretch) {
-      if (!job_.Read(offset, stretch.data(), kStretch)) break;
-      for (int64_t p = kStretch - 1; p >= kMarkerLength; --p) {
-        if (p - 1 >= length || !IsStreamStart(stretch.data() + p - 2)) continue;
-        last_size_ = static_cast<uint32_t>(k * kStretch + kStretch + 2 - p);
-        break;
+// Searches `count` stretches that end at `end`, the last one first. A hit gives its distance from `end`.
+int64_t StreamFinder::FindInStretches(const uint8_t* bytes, int64_t count) const {
+  for (int64_t k = 1; k <= count; ++k) {
+    const uint8_t* stretch = bytes + (count - k) * kStretch;
+    for (int64_t p = kStretch - 1; p >= kMarkerLength; --p) {
+      if (p - 1 < static_cast<int64_t>(job_.data_length) && IsStreamStart(stretch + p - 2)) {
+        return k * kStretch + 2 - p;
       }
+    }
+  }
+  return 0;
+}
+
+int32_t StreamFinder::FindLastStream(uint32_t& size) {
+  constexpr int64_t kMostAtOnce = 64;
+  size = 0;
+  if (!last_known_) {
+    HostArray<uint8_t> stretches;
+    if (!stretches.Allocate(kMostAtOnce * kStretch, Here())) return ERR_NO_MEMORY;
+    last_known_ = true;
+    // The stretch at the start is not looked at, and an offset that passes it without meeting it can be read
+    // no more.
+    for (int64_t end = job_.data_length; end > kStretch && last_size_ == 0;) {
+      int64_t count = std::min((end - 1) / kStretch, kMostAtOnce);
+      if (!job_.Holds(end - count * kStretch, static_cast<uint64_t>(count * kStretch))) count = 1;
+      if (!job_.Read(end - count * kStretch, stretches.data(), static_cast<uint64_t>(count * kStretch)))
+        break;
+      if (const int64_t distance = FindInStretches(stretches.data(), count); distance != 0) {
+        last_size_ = static_cast<uint32_t>(job_.data_length - end + distance);
+      }
+      end -= count * kStretch;
     }
   }
   size = last_size_;
@@ -94,9 +111,10 @@ int32_t StreamFinder::FindLastStream(uint32_t& size) {
 }
 
 int32_t StreamFinder::ReadStreamBytes(StreamBytes& stream, int64_t offset, uint32_t size) {
-  if (!job_.Holds(offset, size)) return ERR_FILE_READ;
+  if (size != 0 && !job_.Holds(offset, size)) return ERR_FILE_READ;
   if (!stream.bytes.Allocate(size, Here())) return ERR_NO_MEMORY;
   stream.size = size;
+  if (size == 0) return SUCCESS;  // nothing to read is not too short
   return job_.Read(offset, stream.bytes.data(), size) ? SUCCESS : ERR_FILE_READ;
 }
 

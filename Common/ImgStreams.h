@@ -47,6 +47,7 @@ class StreamFinder {
   // searched twice.
   int64_t NextMarker(int64_t position);
   bool ScanOn();
+  int64_t FindInStretches(const uint8_t* bytes, int64_t count) const;
 
   SegmentJob& job_;
   HostArray<int64_t> markers_;  // offsets in the data, ascending

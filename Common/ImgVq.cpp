@@ -165,23 +165,21 @@ class BlockPixels {
     }
   }
 
+  // Rows of 16-bit values whose distance depends on where the kernel stands; the packing that follows begins
+  // where a last row would.
   void StoreWords(const uint8_t* kernel, uint64_t start) {
-    uint64_t at = start;
-    for (uint64_t row = 0; row < kernel_width_; ++row) {
-      for (uint64_t x = 0; x < kernel_width_; ++x, at += 2) {
-        const uint64_t word = row * kernel_width_ + x;
-        if (word >= kernel_size_) continue;
-        Put(at, kernel[word]);
-        Put(at + 1, 0);
-      }
-      at += 2 * (start - kernel_width_);  // may wrap; what it then points at is outside
-      if (at >= pixels_.size() && row * kernel_width_ >= kernel_size_) break;
+    for (uint64_t word = 0; word < kernel_size_ && word < kernel_width_ * kernel_width_; ++word) {
+      const uint64_t at = start + word / kernel_width_ * 2 * start + word % kernel_width_ * 2;
+      Put(at, kernel[word]);
+      Put(at + 1, 0);
     }
+    const uint64_t end = start + kernel_width_ * 2 * start;
     const uint64_t pairs = kernel_size_ / 2;
     const uint64_t groups = pairs >= 1 ? (pairs - 1) / 3 + 1 : 0;
-    for (uint64_t group = 0; group < groups; ++group, at += 6) {
-      if (at < pixels_.size() && pixels_.size() - at >= 3)
-        ConvertSamples(pixels_.data() + at, 12, 12, 3, 0, 0);
+    for (uint64_t group = 0; group < groups; ++group) {
+      const uint64_t at = end + group * 6;
+      if (at + 3 > pixels_.size()) return;
+      ConvertSamples(pixels_.data() + at, 12, 12, 3, 0, 0);
     }
   }
 

@@ -62,12 +62,12 @@ int32_t FeedRowsToHost(uint64_t first, HostBitmap* destination, HostBitmap* comp
 }
 
 void FillInfo(HostFileInfo* info, uint32_t width, uint32_t height) {
-  const uint64_t line = (static_cast<uint64_t>(kCompositeBits) * width + 31) >> 3 & ~uint64_t{3};
+  const uint32_t line = (kCompositeBits * width + 31) >> 3 & ~3U;
   info->format = TAVI_FORMAT_NITF;
   info->width = width;
   info->height = height;
   info->bits = kCompositeBits;
-  info->memory_size = line * height;
+  info->memory_size = static_cast<uint64_t>(line) * height;
   info->host1100 = 1;
   info->host1104 = 1;
 }

@@ -1,6 +1,7 @@
 #include "Utility.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -29,6 +30,15 @@ int32_t ParseInteger(const char* text, size_t width) {
   constexpr int64_t kLargest = std::numeric_limits<int32_t>::max();
   for (; i < width && IsDigit(text[i]); ++i) value = std::min(value * 10 + (text[i] - '0'), kLargest + 1);
   return static_cast<int32_t>(negative ? -value : std::min(value, kLargest));
+}
+
+double ParseReal(const char* text, size_t width) {
+  const char* end = text + width;
+  while (text < end && IsSpace(*text)) ++text;
+  if (text < end && *text == '+') ++text;
+  double value = 0.0;
+  std::from_chars(text, end, value);  // leaves 0 where there is no number
+  return value;
 }
 
 LocationPair ParseLocationPair(const char* ten_characters) {

@@ -16,6 +16,9 @@ int32_t NumberOf(const char (&buffer)[kSize]) {
   return ParseInteger(buffer, kSize - 1);
 }
 
+// Converts as atof does, whatever the process's locale: leading white space, a sign, a decimal number.
+double ParseReal(const char* text, size_t width);
+
 // Two signed halves of five characters (ILOC, SLOC, SBND1, SBND2): a half that begins with "-" is the
 // negative of the rest.
 struct LocationPair {

@@ -204,10 +204,10 @@ TAVI_HOST_API void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint
  * Makes a zeroed bitmap. Memory flags 1 allocate its pixels; flags 2 make a bitmap whose pixels a caller
  * attaches with HostAttachBitmapData, and then the sides may be 0. `palette` is null for the default (a
  * linear grey ramp up to 8 bits) or a table that is read up to 2^bits entries, 256 at most. `data` and
- * `data_size` attach pixels at once with flags 2, and are otherwise null and 0. Status: ERR_INVALID_BPP for
- * another depth than those of HostBitmap; ERR_INVALID_PARAMETER for a null record, another record size,
- * unknown flags, or a side that is 0 or above 2^31 - 1; ERR_NO_MEMORY when the pixels exceed the limit of
- * HostSetBitmapLimit or cannot be had. After a failure the record is empty.
+ * `data_size` attach pixels at once with flags 2, and are otherwise null and 0.
+ * Status: ERR_INVALID_BPP for another depth than those of HostBitmap; ERR_INVALID_PARAMETER for a null
+ * record, another record size, unknown flags, or a side that is 0 or above 2^31 - 1; ERR_NO_MEMORY when the
+ * pixels exceed the limit of HostSetBitmapLimit or cannot be had. After a failure the record is empty.
  */
 TAVI_HOST_API int32_t HostCreateBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t memory_flags,
                                        uint32_t width, uint32_t height, uint32_t bits, uint32_t order,
@@ -253,10 +253,10 @@ TAVI_HOST_API void HostDeleteBitmapDC(HostDrawingContext context);
 /* Fills a load options record (record_size is 48) with the defaults: no flags, bands 0, 1 and 2. */
 TAVI_HOST_API void HostLoadOptions(HostLoadFlagsRecord* record, uint64_t record_size);
 /*
- * Decodes a complete compressed picture of `size` bytes in memory into the record (record_size is 212), which
- * must be valid or zeroed; it is given a new bitmap, and pixels that it holds are freed first. JPEG of 8 and
- * 12 bits, lossless JPEG of 2 to 16 bits, and JPEG 2000 (codestream or JP2) of 1 to 16 bits are told apart by
- * their first bytes; raw fax data by the hook of HostSetLoadHook.
+ * Decodes a complete compressed picture of `size` bytes in memory into the record (record_size is 212),
+ * which must be valid or zeroed; it is given a new bitmap, and pixels that it holds are freed first. JPEG of
+ * 8 and 12 bits, lossless JPEG of 2 to 16 bits, and JPEG 2000 (codestream or JP2) of 1 to 16 bits are told
+ * apart by their first bytes; raw fax data by the hook of HostSetLoadHook.
  *
  * The bitmap: one channel for a picture of one or two components, else three. Samples of up to 8 bits take a
  * byte (a grey picture of fewer bits keeps its values and has a grey ramp over them as its palette; colours
@@ -265,18 +265,19 @@ TAVI_HOST_API void HostLoadOptions(HostLoadFlagsRecord* record, uint64_t record_
  * HostBitmap to convert the picture to. `order` is 0, 1 or 2 as in HostBitmap, or 4 for 2 with one channel
  * and 1 with three.
  *
- * Colour: YCbCr is converted to RGB where the stream says so or, failing that, where its kind has it by
- * custom. Option 0x4000: three components are red, green and blue unless the stream itself says otherwise.
+ * Colour: YCbCr and inks are converted to RGB where the stream says so or, failing that, where its kind has
+ * them by custom. Option 0x4000: three components are red, green and blue unless the stream itself says otherwise.
  * Option 0x8000: red_band, green_band and blue_band (limited to the last component) are taken as they are,
- * after a codestream's own component transform. `options` may be null for the defaults. `information`, unless
- * null, is filled as by HostFileInfoMemory.
+ * after a codestream's own component transform. `options` may be null for the defaults. `information`,
+ * unless null, is filled as by HostFileInfoMemory.
  *
  * Status: ERR_NULL_ARGUMENT for a null buffer or record; ERR_INVALID_PARAMETER for another record size or
  * order, ERR_INVALID_BPP for another depth; ERR_NOT_SUPPORTED for a stream of unknown kind or a variety that
  * the decoders do not have; ERR_FILE_READ for one that ends within its header, or ends early where its
  * decoder cannot do without the rest; ERR_FILE_FORMAT for damage, or a size that the bytes cannot hold;
  * ERR_NO_MEMORY for one above the limit of HostSetBitmapLimit; what the hook returned. A stream that is
- * damaged or cut short in a way that its decoder only warns of loads. After a failure the record is empty.
+ * damaged or cut short in a way that its decoder only warns of loads. When a load fails the record is
+ * empty; arguments that are refused leave it alone.
  */
 TAVI_HOST_API int32_t HostLoadMemory(const void* buffer, HostBitmap* bitmap, uint64_t record_size,
                                      uint32_t bits, uint32_t order, uint64_t size,
@@ -313,8 +314,8 @@ TAVI_HOST_API const char* HostCodecVersion(uint32_t index);
  * second green, the third red; a channel without a band stays 0. 24 bits, or 48 when a band is of 12 or 16
  * bits. A band counts with its grey levels. Bands of unequal size give what they have in common. Status:
  * ERR_NULL_ARGUMENT for a null pointer or no band at all, ERR_INVALID_PARAMETER for another record size,
- * ERR_NOT_SUPPORTED for flags, ERR_NO_BITMAP for a band without pixels, ERR_NO_MEMORY. After a failure the
- * destination is empty.
+ * ERR_NOT_SUPPORTED for flags, ERR_NO_BITMAP for a band without pixels, ERR_NO_MEMORY. When a merge fails
+ * the destination is empty; arguments that are refused leave it alone.
  */
 TAVI_HOST_API int32_t HostColorMerge(HostBitmap* destination, HostBitmap* const* bands, uint64_t record_size,
                                      uint32_t flags);
@@ -323,9 +324,9 @@ TAVI_HOST_API int32_t HostColorMerge(HostBitmap* destination, HostBitmap* const*
 
 /*
  * Combines a source rectangle into a destination rectangle of the same size; `mode` 800: the source replaces
- * the destination. Parts outside either bitmap are left out. Bitmaps of one depth and order are combined byte
- * for byte (palettes are not looked at); others by colour. Status: ERR_NO_BITMAP, ERR_NOT_SUPPORTED (other
- * mode).
+ * the destination. Parts outside either bitmap are left out. Bitmaps of one depth and order are combined
+ * byte for byte (palettes are not looked at); others by colour.
+ * Status: ERR_NO_BITMAP, ERR_NOT_SUPPORTED (other mode).
  */
 TAVI_HOST_API int32_t HostCombineBitmap(HostBitmap* destination, int32_t x, int32_t y, uint32_t width,
                                         uint32_t height, const HostBitmap* source, int32_t source_x,

@@ -128,7 +128,8 @@ TAVI_STATIC_ASSERT(offsetof(FilterLoadContext, third_entry) == 2328);
 /*
  * Says what a file is. Fills format 248, the composite's width and height, 24 bits per pixel, the size in
  * memory and the two words at 1100 and 1104 (both 1) of the context's HostFileInfo; on failure nothing is
- * filled. Status: ERR_NULL_ARGUMENT when the context or one of its three records is null; the statuses of
+ * filled.
+ * Status: ERR_NULL_ARGUMENT when the context, its file name or one of its records is null; the statuses of
  * Tavi_NITFCreate for a file that does not open, where a file that is not there gives ERR_FILE_READ; the
  * statuses of GetActual_Width_Height.
  */
@@ -137,11 +138,12 @@ TAVI_NITF_API int32_t fltInfo(FilterInfoContext* context);
 /*
  * Delivers the file as one composite picture, row by row, from the last row of the composite bitmap to its
  * first, which is the picture from top to bottom, at the depth of the context's bitmap. The composite is
- * built whole before the first row is delivered. Status: that of the last row callback when all went well;
- * ERR_NULL_ARGUMENT when the context, its bitmap, its callback or its load flags are null; ERR_FILE_FORMAT
- * when one of the three host entries is null, before the file is opened and before the load flags are
- * touched; the statuses of fltInfo; of HostCreateBitmap for a composite of that size and depth; ERR_NO_MEMORY
- * when there is no drawing context or row buffer; of Tavi_NitfDrawObjects.
+ * built whole before the first row is delivered.
+ * Status: that of the last row callback when all went well; ERR_NULL_ARGUMENT when the context, its bitmap,
+ * its file name, its callback or its load flags are null; ERR_FILE_FORMAT when one of the three host entries is null,
+ * before the file is opened and before the load flags are touched; the statuses of fltInfo; of
+ * HostCreateBitmap for a composite of that size and depth; ERR_NO_MEMORY when there is no drawing context or
+ * row buffer; of Tavi_NitfDrawObjects.
  */
 TAVI_NITF_API int32_t fltLoad(FilterLoadContext* context);
 
@@ -152,15 +154,17 @@ TAVI_NITF_API int32_t fltSave(void* record);
 
 /*
  * The size of the document's composite, in pixels: the extent of all images on the common coordinate system,
- * each taken by its whole block grid. 2048 x 2048 for a document without segments or with the fixed canvas, 2
- * x 2 for one that holds texts only. Status: ERR_NULL_ARGUMENT for a null argument; ERR_NO_MEMORY.
+ * each taken by its whole block grid. 2048 x 2048 for a document without segments or with the fixed canvas,
+ * 2 x 2 for one that holds texts only.
+ * Status: ERR_NULL_ARGUMENT for a null argument; ERR_NO_MEMORY.
  */
 TAVI_NITF_API int32_t GetActual_Width_Height(NitfFile* document, uint32_t* width, uint32_t* height);
 
 /*
  * Draws all segments on a drawing context, by ascending display level. `context` is null or names the host's
  * entries for coded images. `bitmap` is the composite that the drawing context draws into; it is not looked
- * at. Status: that of the first segment that cannot be drawn, and then later ones are not drawn:
+ * at.
+ * Status: that of the first segment that cannot be drawn, and then later ones are not drawn:
  * ERR_NOT_SUPPORTED for IC C0, C2, M0 and M2, ERR_FILE_READ when a segment's data end too early,
  * ERR_FILE_FORMAT when they do not fit their header, ERR_NO_MEMORY, and what the host reports;
  * ERR_NULL_ARGUMENT for a null document or drawing context.
@@ -172,9 +176,9 @@ TAVI_NITF_API int32_t Tavi_NitfDrawObjects(FilterLoadContext* context, HostDrawi
  * Renders the document into `bitmap` at 24 bits per pixel on its background colour. Pixels that the record
  * holds (bit 0 of its flags) are freed first, whatever happens then; a record without that bit may hold
  * anything. On success the bitmap is the caller's, to be freed with HostFreeBitmap; on failure it holds no
- * pixels. Row 0 is the top of the picture when read by the bitmap's view perspective, which is 4: the last
- * row is delivered first. Status: ERR_INVALID_PARAMETER for a null bitmap, ERR_NULL_HANDLE for a null
- * document, ERR_NO_MEMORY; otherwise as fltLoad.
+ * pixels. Row 0 is the bottom row of the picture (view perspective 4).
+ * Status: ERR_INVALID_PARAMETER for a null bitmap, ERR_NULL_HANDLE for a null document, ERR_NO_MEMORY;
+ * otherwise as fltLoad.
  */
 TAVI_NITF_API int32_t Tavi_NtfRenderBitmap(HostBitmap* bitmap, NitfFile* document);
 
@@ -182,14 +186,14 @@ TAVI_NITF_API int32_t Tavi_NtfRenderBitmap(HostBitmap* bitmap, NitfFile* documen
 
 /*
  * Opens the file at `path`, or makes an empty document when `path` is null. The file stays open and segment
- * data are read from it on demand until Tavi_NITFDestroy. On failure *out is null. Status: ERR_NO_MEMORY for
- * a null `out` (this argument error leaves a document behind that nobody can release) or without memory;
- * ERR_FILE_NOT_FOUND when there is no such file; ERR_FILE_READ when the file cannot be opened or ends inside
- * a header; ERR_FILE_FORMAT when a signature or a required value is wrong; ERR_NOT_NITF when FVER is not
- * "02.10"; ERR_UNSUPPORTED_CLEVEL when CLEVEL is not "03"; ERR_UNSUPPORTED_PVTYPE and ERR_UNSUPPORTED_BPP for
- * an image that is not integer or bilevel, or that has several 16-bit bands; ERR_INVALID_PARAMETER when a
- * length says that its true value stands in a streaming file header and there is none. The CLEVEL, PVTYPE and
- * BPP refusals also show a message box of the host.
+ * data are read from it on demand until Tavi_NITFDestroy. On failure *out is null.
+ * Status: ERR_NO_MEMORY for a null `out` (this argument error leaves a document behind that nobody can
+ * release) or without memory; ERR_FILE_NOT_FOUND when there is no such file; ERR_FILE_READ when the file
+ * cannot be opened or ends inside a header; ERR_FILE_FORMAT when a signature or a required value is wrong;
+ * ERR_NOT_NITF when FVER is not "02.10"; ERR_UNSUPPORTED_CLEVEL when CLEVEL is not "03";
+ * ERR_UNSUPPORTED_PVTYPE and ERR_UNSUPPORTED_BPP for an image that is not integer or bilevel, or that has
+ * several 16-bit bands; ERR_INVALID_PARAMETER when a length says that its true value stands in a streaming
+ * file header and there is none. The CLEVEL, PVTYPE and BPP refusals also show a message box of the host.
  */
 TAVI_NITF_API int32_t Tavi_NITFCreate(NitfHandle* out, const wchar_t* path);
 

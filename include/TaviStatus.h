@@ -27,7 +27,7 @@ enum TaviStatus {
   ERR_NULL_HANDLE = -261,      /* a handle or a record is null */
   ERR_INVALID_VECTOR = -501,   /* the vector holds no drawing */
   ERR_NULL_ARGUMENT = -814,    /* a pointer argument is null */
-  ERR_UNSUPPORTED_PVTYPE = -700000,     /* PVTYPE of an image begins with neither "INT" nor "B" */
+  ERR_UNSUPPORTED_PVTYPE = -700000,     /* PVTYPE of an image begins with neither "I" nor "B" */
   ERR_UNSUPPORTED_CLEVEL = -700001,     /* CLEVEL is not "03" */
   ERR_UNSUPPORTED_BPP = -700002,        /* NBPP is 16 in an image of several bands */
   ERR_UNSUPPORTED_COMPRESSION = -700003 /* an embedded stream is of a format that is not accepted */

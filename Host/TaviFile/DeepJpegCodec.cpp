@@ -43,15 +43,9 @@ bool IsYcc(const JpegStream& jpeg, const DecodeRequest& request) {
 
 std::unique_ptr<DJDecoder> MakeDecoder(const JpegStream& jpeg, const DJCodecParameter& parameter,
                                        bool is_ycc) {
-  std::unique_ptr<DJDecoder> decoder;
-  if (jpeg.precision <= 8) {
-    decoder.reset(new DJDecompressIJG8Bit(parameter, is_ycc));
-  } else if (jpeg.precision <= 12) {
-    decoder.reset(new DJDecompressIJG12Bit(parameter, is_ycc));
-  } else {
-    decoder.reset(new DJDecompressIJG16Bit(parameter, is_ycc));
-  }
-  return decoder;
+  if (jpeg.precision <= 8) return std::make_unique<DJDecompressIJG8Bit>(parameter, is_ycc);
+  if (jpeg.precision <= 12) return std::make_unique<DJDecompressIJG12Bit>(parameter, is_ycc);
+  return std::make_unique<DJDecompressIJG16Bit>(parameter, is_ycc);
 }
 
 // The whole picture, components interleaved, each sample of one byte up to 8 bits and of two above.
@@ -61,8 +55,8 @@ int32_t DecodeSamples(const JpegStream& jpeg, const DecodeRequest& request, uint
   const DJCodecParameter parameter(ECC_lossyYCbCr, EDC_photometricInterpretation, EUC_default, EPC_default);
   const std::unique_ptr<DJDecoder> decoder = MakeDecoder(jpeg, parameter, IsYcc(jpeg, request));
   if (decoder->init().bad()) return ERR_NO_MEMORY;
-  // The decoder does not write to its input.
-  auto* const input = const_cast<Uint8*>(jpeg.bytes.data());
+  // The interface lacks a const: the decoder does not write to its input.
+  auto* const input = const_cast<Uint8*>(jpeg.bytes.data());  // NOLINT(*-pro-type-const-cast)
   const OFCondition condition = decoder->decode(input, static_cast<Uint32>(jpeg.bytes.size()), samples,
                                                 static_cast<Uint32>(bytes), OFFalse);
   if (condition.good()) return SUCCESS;

@@ -31,7 +31,6 @@ class TiffHeader {
  public:
   TiffHeader(const FaxLayout& layout, const FaxVariant& variant, uint32_t data_bytes) {
     bytes_[0] = bytes_[1] = std::endian::native == std::endian::little ? 'I' : 'M';
-    at_ = 2;
     Put16(42);
     Put32(8);
     Put16(kFields);
@@ -77,7 +76,7 @@ class TiffHeader {
   }
 
   std::array<uint8_t, kHeaderBytes> bytes_{};
-  uint64_t at_ = 0;
+  uint64_t at_ = 2;  // behind the mark of the byte order
 };
 
 // The file: header, perhaps an end-of-line code, data.

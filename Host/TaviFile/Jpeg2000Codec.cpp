@@ -144,33 +144,35 @@ uint32_t Full(uint32_t bits) {
 // One component as rows of the picture's width: unsigned, of one range, and as wide as the picture.
 class ComponentReader {
  public:
-  ComponentReader(const opj_image_t& image, uint32_t index, uint32_t target_bits)
-      : component_(image.comps[index]),
-        left_(image.x0),
-        top_(image.y0),
-        width_(image.x1 - image.x0),
-        target_bits_(target_bits) {}
+  ComponentReader(const Jpeg2000Stream& picture, const opj_image_comp_t& component, uint32_t target_bits)
+      : component_(component), grid_(picture.grid), width_(picture.width), target_bits_(target_bits) {}
 
   void Read(uint32_t y, int32_t* out) const {
-    const uint64_t row = Place(top_ + y, component_.dy, component_.y0, component_.h);
+    const uint64_t row =
+        Place(GridPoint(grid_.top, grid_.step_down, y), component_.dy, component_.y0, component_.h);
     const OPJ_INT32* const from = component_.data + row * component_.w;
     const int32_t lift = component_.sgnd != 0 ? 1 << (component_.prec - 1) : 0;
-    const auto full = static_cast<int32_t>(Full(component_.prec));
-    if (component_.dx == 1 && component_.w == width_) {
-      for (uint32_t x = 0; x < width_; ++x) out[x] = std::clamp(from[x] + lift, 0, full);
+    const int32_t most = static_cast<int32_t>(Full(component_.prec)) - lift;
+    if (component_.dx == grid_.step_across && component_.w == width_) {
+      for (uint32_t x = 0; x < width_; ++x) out[x] = std::clamp(from[x], -lift, most) + lift;
     } else {
       for (uint32_t x = 0; x < width_; ++x) {
-        const uint64_t at = Place(left_ + x, component_.dx, component_.x0, component_.w);
-        out[x] = std::clamp(from[at] + lift, 0, full);
+        const uint64_t point = GridPoint(grid_.left, grid_.step_across, x);
+        out[x] =
+            std::clamp(from[Place(point, component_.dx, component_.x0, component_.w)], -lift, most) + lift;
       }
     }
     if (component_.prec != target_bits_) Stretch(out);
   }
 
  private:
-  // The sample that covers a place of the reference grid.
-  static uint64_t Place(uint64_t at, uint32_t step, uint32_t first, uint32_t count) {
-    const uint64_t sample = at / step;
+  // The point of the reference grid that a pixel stands at.
+  static uint64_t GridPoint(uint32_t start, uint32_t step, uint32_t pixel) {
+    return ((uint64_t{start} + step - 1) / step + pixel) * step;
+  }
+  // The sample that covers the point.
+  static uint64_t Place(uint64_t point, uint32_t step, uint32_t first, uint32_t count) {
+    const uint64_t sample = point / step;
     return sample <= first ? 0 : std::min<uint64_t>(sample - first, count - 1);
   }
 
@@ -182,8 +184,7 @@ class ComponentReader {
   }
 
   const opj_image_comp_t& component_;
-  uint32_t left_;
-  uint32_t top_;
+  const Jpeg2000Grid& grid_;
   uint32_t width_;
   uint32_t target_bits_;
 };
@@ -231,14 +232,34 @@ void StoreChannel(const int32_t* values, uint32_t width, uint32_t step, uint8_t*
   }
 }
 
+// Components that need no change at all, in storage order, straight into a row.
+template <typename Sample>
+void StorePlain(const OPJ_INT32* first, const OPJ_INT32* second, const OPJ_INT32* third, uint32_t width,
+                uint8_t* out) {
+  auto* const samples = reinterpret_cast<Sample*>(out);
+  for (uint64_t x = 0; x < width; ++x) {
+    samples[3 * x] = static_cast<Sample>(first[x]);
+    samples[3 * x + 1] = static_cast<Sample>(second[x]);
+    samples[3 * x + 2] = static_cast<Sample>(third[x]);
+  }
+}
+
+template <typename Sample>
+void StorePlain(const OPJ_INT32* values, uint32_t width, uint8_t* out) {
+  auto* const samples = reinterpret_cast<Sample*>(out);
+  for (uint64_t x = 0; x < width; ++x) samples[x] = static_cast<Sample>(values[x]);
+}
+
 class ImageWriter {
  public:
   ImageWriter(const Jpeg2000Stream& picture, const DecodeRequest& request, const Selection& selection,
               const opj_image_t& image)
-      : request_(request), image_(image), color_space_(FindColorSpace(picture)) {
-    const bool colored = image.numcomps >= 3 || (request.as_bands() && picture.channels() >= 2);
-    channels_ = colored ? 3 : 1;
-    read_ = color_space_ == ColorSpace::kCmyk ? 4 : channels_;
+      : picture_(picture),
+        request_(request),
+        image_(image),
+        color_space_(FindColorSpace()),
+        channels_(image.numcomps >= 3 || (request.as_bands() && picture.channels() >= 2) ? 3 : 1),
+        read_(color_space_ == ColorSpace::kCmyk ? 4 : channels_) {
     const std::array<uint32_t, 3> bands = ChosenBands(request, picture.channels());
     for (uint32_t i = 0; i < 3; ++i) sources_[i] = selection.PlaceOf(bands[i]);
   }
@@ -246,12 +267,16 @@ class ImageWriter {
   int32_t Write() {
     int32_t status = CheckComponents();
     if (status != SUCCESS) return status;
-    const uint32_t width = image_.x1 - image_.x0;
+    const uint32_t width = picture_.width;
     const std::unique_ptr<int32_t[]> buffer(new (std::nothrow) int32_t[uint64_t{width} * read_]);
     if (buffer == nullptr) return ERR_NO_MEMORY;
     PixelView view;
-    status = MakePicture(request_, {width, image_.y1 - image_.y0, channels_, precision_}, &view);
+    status = MakePicture(request_, {width, picture_.height, channels_, precision_}, &view);
     if (status != SUCCESS) return status;
+    if (IsPlain()) {
+      for (uint32_t y = 0; y < view.height; ++y) WritePlainRow(y, view);
+      return SUCCESS;
+    }
     int32_t* rows[4] = {};
     for (uint32_t i = 0; i < read_; ++i) rows[i] = buffer.get() + uint64_t{i} * width;
     for (uint32_t y = 0; y < view.height; ++y) WriteRow(y, rows, view);
@@ -259,14 +284,14 @@ class ImageWriter {
   }
 
  private:
-  ColorSpace FindColorSpace(const Jpeg2000Stream& picture) const {
+  ColorSpace FindColorSpace() const {
     if (request_.as_bands() || image_.numcomps < 3) return ColorSpace::kAsIs;
     if (image_.color_space == OPJ_CLRSPC_SYCC) return ColorSpace::kYcc;
     if (image_.color_space == OPJ_CLRSPC_EYCC) return ColorSpace::kExtendedYcc;
     if (image_.color_space == OPJ_CLRSPC_CMYK && image_.numcomps >= 4) return ColorSpace::kCmyk;
     // A bare codestream names no colour space; smaller second and third components are colour differences.
     const bool smaller = image_.comps[1].dx > image_.comps[0].dx && image_.comps[2].dx > image_.comps[0].dx;
-    const bool guesses = !picture.is_jp2 && !request_.as_rgb() && image_.numcomps == 3 && smaller;
+    const bool guesses = !picture_.is_jp2 && !request_.as_rgb() && image_.numcomps == 3 && smaller;
     return guesses ? ColorSpace::kYcc : ColorSpace::kAsIs;
   }
 
@@ -284,11 +309,41 @@ class ImageWriter {
     return SUCCESS;
   }
 
+  // Whether all samples go to the bitmap as they are; the decoder has limited them to their depth.
+  bool IsPlain() const {
+    const uint32_t bits = channels_ == 3 ? std::max(precision_, 8u) : precision_;
+    bool plain = color_space_ == ColorSpace::kAsIs;
+    for (uint32_t i = 0; i < read_; ++i) {
+      const opj_image_comp_t& component = image_.comps[sources_[i]];
+      plain = plain && component.prec == bits && component.sgnd == 0 && component.w == picture_.width &&
+              component.h == picture_.height;
+    }
+    return plain;
+  }
+
+  void WritePlainRow(uint32_t y, const PixelView& view) const {
+    const std::array<uint32_t, 3> places = ChannelPlaces(request_);
+    const OPJ_INT32* rows[3] = {};
+    for (uint32_t i = 0; i < channels_; ++i) {
+      rows[channels_ == 3 ? places[i] : 0] = image_.comps[sources_[i]].data + uint64_t{y} * view.width;
+    }
+    uint8_t* const out = view.ReplaceRow(y);
+    if (channels_ == 1 && precision_ <= 8) {
+      StorePlain<uint8_t>(rows[0], view.width, out);
+    } else if (channels_ == 1) {
+      StorePlain<uint16_t>(rows[0], view.width, out);
+    } else if (precision_ <= 8) {
+      StorePlain<uint8_t>(rows[0], rows[1], rows[2], view.width, out);
+    } else {
+      StorePlain<uint16_t>(rows[0], rows[1], rows[2], view.width, out);
+    }
+  }
+
   void WriteRow(uint32_t y, int32_t* const* rows, const PixelView& view) const {
     // Grey keeps its values; colours of fewer than 8 bits have no palette to stretch them.
     const uint32_t bits = channels_ == 3 ? std::max(precision_, 8u) : precision_;
     for (uint32_t i = 0; i < read_; ++i) {
-      ComponentReader(image_, i < 3 ? sources_[i] : i, bits).Read(y, rows[i]);
+      ComponentReader(picture_, image_.comps[i < 3 ? sources_[i] : i], bits).Read(y, rows[i]);
     }
     if (color_space_ == ColorSpace::kYcc) ConvertYcc(kYcc, bits, view.width, rows);
     if (color_space_ == ColorSpace::kExtendedYcc) ConvertYcc(kExtendedYcc, bits, view.width, rows);
@@ -305,11 +360,12 @@ class ImageWriter {
     }
   }
 
+  const Jpeg2000Stream& picture_;
   const DecodeRequest& request_;
   const opj_image_t& image_;
   ColorSpace color_space_;
-  uint32_t channels_ = 1;
-  uint32_t read_ = 1;  // components that are read for them
+  uint32_t channels_;
+  uint32_t read_;  // components that are read for them
   std::array<uint32_t, 3> sources_{};
   uint32_t precision_ = 0;
 };
@@ -325,8 +381,11 @@ int32_t Decode(Bytes stream, const DecodeRequest& request) noexcept {
   status = DecodeImage(picture, stream, selection, &image);
   if (status != SUCCESS) return status;
   // The decoder reads the header anew; both must have found the same picture.
-  if (image->x1 - image->x0 != picture.width || image->y1 - image->y0 != picture.height)
+  const Jpeg2000Grid& grid = picture.grid;
+  if (image->x0 != grid.left || image->y0 != grid.top || image->x1 != grid.right ||
+      image->y1 != grid.bottom) {
     return ERR_FILE_FORMAT;
+  }
   return ImageWriter(picture, request, selection, *image).Write();
 }
 

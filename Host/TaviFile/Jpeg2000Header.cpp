@@ -66,6 +66,11 @@ uint64_t CeilDivide(uint64_t value, uint64_t divisor) {
   return (value + divisor - 1) / divisor;
 }
 
+// Sample points of a component between two places of the reference grid.
+uint64_t Points(uint64_t from, uint64_t to, uint64_t step) {
+  return CeilDivide(to, step) - CeilDivide(from, step);
+}
+
 int32_t ReadSize(Bytes segment, Jpeg2000Stream* picture) {
   Reader reader(segment);
   reader.Number(2);
@@ -80,22 +85,34 @@ int32_t ReadSize(Bytes segment, Jpeg2000Stream* picture) {
   picture->components = reader.Number(2);
   if (reader.ended() || right <= left || bottom <= top || tile_width == 0 || tile_height == 0 ||
       tile_left > left || tile_top > top || tile_left + tile_width <= left || tile_top + tile_height <= top ||
-      picture->components == 0 || picture->components > 16384 || reader.left() < 3 * picture->components) {
+      picture->components == 0 || picture->components > 16384 ||
+      reader.left() < uint64_t{3} * picture->components) {
     return ERR_FILE_FORMAT;
   }
-  picture->width = static_cast<uint32_t>(right - left);
-  picture->height = static_cast<uint32_t>(bottom - top);
   picture->tiles = CeilDivide(right - tile_left, tile_width) * CeilDivide(bottom - tile_top, tile_height);
+  picture->grid = {static_cast<uint32_t>(left),
+                   static_cast<uint32_t>(top),
+                   static_cast<uint32_t>(right),
+                   static_cast<uint32_t>(bottom),
+                   255,
+                   255};
+  Jpeg2000Grid& grid = picture->grid;
   for (uint32_t i = 0; i < picture->components; ++i) {
     const uint32_t depth = (reader.Number(1) & 0x7F) + 1;
-    const uint64_t across = reader.Number(1);
-    const uint64_t down = reader.Number(1);
+    const uint32_t across = reader.Number(1);
+    const uint32_t down = reader.Number(1);
     if (across == 0 || down == 0 || depth > 38) return ERR_FILE_FORMAT;
     picture->precision = std::max(picture->precision, depth);
-    const uint64_t samples = CeilDivide(picture->width, across) * CeilDivide(picture->height, down);
+    grid.step_across = std::min(grid.step_across, across);
+    grid.step_down = std::min(grid.step_down, down);
+    const uint64_t samples = Points(left, right, across) * Points(top, bottom, down);
     picture->coded_samples += samples;
     picture->largest_component = std::max(picture->largest_component, samples);
   }
+  // A picture whose components all leave out points of the grid is as large as the finest of them.
+  picture->width = static_cast<uint32_t>(Points(left, right, grid.step_across));
+  picture->height = static_cast<uint32_t>(Points(top, bottom, grid.step_down));
+  if (picture->width == 0 || picture->height == 0) return ERR_FILE_FORMAT;
   return SUCCESS;
 }
 
@@ -136,7 +153,8 @@ void ReadCodingParameters(Reader* reader, Jpeg2000Stream* picture) {
     const uint64_t at = reader->at();
     const uint32_t marker = reader->Number(2);
     if (marker == kSod) {
-      if (part_size < 14) return;
+      // A part that claims to end before its data begin would be read again and again.
+      if (part_start + part_size <= reader->at()) return;
       reader->MoveTo(part_start + part_size);
       continue;
     }
@@ -237,12 +255,12 @@ int32_t CheckJpeg2000Claim(const Jpeg2000Stream& picture, uint64_t samples) noex
   const uint64_t bytes = picture.codestream.size();
   if (picture.tiles > 65535) return ERR_FILE_FORMAT;
   // The bitmap, and the decoder's picture of four bytes a sample, which may take as much again.
-  int32_t status = CheckClaim(picture.width, picture.height, 1, picture.precision <= 8 ? 1 : 2, bytes);
+  int32_t status = CheckClaim(picture.width, picture.height, 1, picture.precision <= 8 ? 1 : 2);
   if (status == SUCCESS && samples > HostGetBitmapLimit() / 2) status = ERR_NO_MEMORY;
   if (status != SUCCESS) return status;
   // Tiles, precincts and code-blocks are made for components that are left out as well.
   const uint64_t precincts = CountPrecincts(picture);
-  const bool fits = IsPlausible(samples, bytes) &&
+  const bool fits = kJpeg2000Credit.Covers(samples, bytes) &&
                     picture.tiles * picture.components <= kTileComponentsForNothing + bytes &&
                     precincts <= kPrecinctsForNothing + bytes &&
                     precincts <= (kPacketsForNothing + 4 * bytes) / picture.layers &&

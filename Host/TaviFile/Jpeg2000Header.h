@@ -5,10 +5,21 @@
 
 namespace tavi::host {
 
+// The picture's area on the reference grid, and the points of it that the finest component has.
+struct Jpeg2000Grid {
+  uint32_t left = 0;
+  uint32_t top = 0;
+  uint32_t right = 0;
+  uint32_t bottom = 0;
+  uint32_t step_across = 1;
+  uint32_t step_down = 1;
+};
+
 struct Jpeg2000Stream {
   bool is_jp2 = false;
   Bytes codestream;
-  uint32_t width = 0;  // of the reference grid's picture area
+  Jpeg2000Grid grid;
+  uint32_t width = 0;  // of the picture, in points of its finest component
   uint32_t height = 0;
   uint32_t components = 0;
   uint32_t palette_columns = 0;    // of a JP2 with a palette

@@ -17,7 +17,7 @@ constexpr uint8_t kApp14 = 0xEE;
 // Decoding goes over the picture once for each scan. A picture of 16 million samples may have some thirty
 // scans of next to no data, and more as its data grow.
 constexpr uint64_t kVisitsForNothing = uint64_t{1} << 30;
-constexpr uint64_t kVisitsPerByte = 2048;
+constexpr uint64_t kVisitsPerByte = 4096;
 
 uint32_t Big16(const uint8_t* at) {
   return uint32_t{at[0]} << 8 | at[1];
@@ -178,9 +178,10 @@ uint64_t CountJpegScans(Bytes stream) noexcept {
 
 int32_t CheckJpegClaim(const JpegStream& jpeg) noexcept {
   const uint64_t sample_bytes = SampleBits(jpeg.precision) / 8;
-  const int32_t status =
-      CheckClaim(jpeg.width, jpeg.height, jpeg.components, sample_bytes, jpeg.bytes.size());
+  const int32_t status = CheckClaim(jpeg.width, jpeg.height, jpeg.components, sample_bytes);
   if (status != SUCCESS) return status;
+  const uint64_t samples = uint64_t{jpeg.width} * jpeg.height * jpeg.components;
+  if (!kJpegCredit.Covers(samples, jpeg.bytes.size())) return ERR_FILE_FORMAT;
   // Coefficients of two bytes are kept for the whole picture when it comes in several scans.
   if (jpeg.process == JpegProcess::kProgressive && jpeg.coded_samples > HostGetBitmapLimit()) {
     return ERR_NO_MEMORY;

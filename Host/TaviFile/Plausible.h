@@ -1,31 +1,32 @@
 // What a stream may claim before anything is allocated for it.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 
 #include "TaviHost.h"
 
 namespace tavi::host {
 
-// Flat pictures compress a thousandfold; a stream of a few hundred bytes that claims more than this many
-// samples is not one. Without the bound a few bytes could keep a decoder busy for minutes.
-inline constexpr uint64_t kSamplesForNothing = uint64_t{1} << 25;
-inline constexpr uint64_t kSamplesPerByte = 1024;
+// How many samples a stream may claim: some at any rate, and more for each of its bytes. Without the bound a few
+// bytes could keep a decoder busy for minutes.
+struct Credit {
+  uint64_t samples = 0;
+  uint64_t per_byte = 0;
 
-inline bool IsPlausible(uint64_t samples, uint64_t bytes) {
-  return samples <= kSamplesForNothing || (samples - kSamplesForNothing) / kSamplesPerByte <= bytes;
-}
+  bool Covers(uint64_t claimed, uint64_t bytes) const {
+    return claimed <= samples || (claimed - samples) / per_byte <= bytes;
+  }
+};
+// Each block of 64 samples takes a bit at least.
+inline constexpr Credit kJpegCredit{uint64_t{1} << 25, 1024};
+// Flat tiles take next to nothing.
+inline constexpr Credit kJpeg2000Credit{uint64_t{1} << 26, 8192};
 
-// SUCCESS, or why a picture of that many samples is refused. `sample_bytes` is what the decoder holds for
-// each of them at once.
-inline int32_t CheckClaim(uint64_t width, uint64_t height, uint64_t components, uint64_t sample_bytes,
-                          uint64_t bytes) {
+// SUCCESS, or why a picture of that size is refused. `sample_bytes` is what the bitmap holds for each sample.
+inline int32_t CheckClaim(uint64_t width, uint64_t height, uint64_t components, uint64_t sample_bytes) {
   if (width == 0 || height == 0 || components == 0) return ERR_FILE_FORMAT;
   if (width > UINT32_MAX || height > UINT32_MAX || components > UINT16_MAX) return ERR_FILE_FORMAT;
-  const uint64_t pixels = width * height;
-  if (pixels > HostGetBitmapLimit() / (components * sample_bytes)) return ERR_NO_MEMORY;
-  return IsPlausible(pixels * components, bytes) ? SUCCESS : ERR_FILE_FORMAT;
+  return width * height > HostGetBitmapLimit() / (components * sample_bytes) ? ERR_NO_MEMORY : SUCCESS;
 }
 
 }  // namespace tavi::host

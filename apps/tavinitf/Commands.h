@@ -10,6 +10,8 @@ inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
 
+void AddExtractCommand(CLI::App& app, int& exit_status);
+void AddHeadersCommand(CLI::App& app, int& exit_status);
 void AddInfoCommand(CLI::App& app, int& exit_status);
 void AddRenderCommand(CLI::App& app, int& exit_status);
 

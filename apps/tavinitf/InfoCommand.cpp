@@ -1,21 +1,20 @@
 // tavinitf info: what a file is and which segments it holds, as text or as JSON.
 #include <cstdio>
+#include <fstream>
 #include <memory>
-#include <nlohmann/json.hpp>
-#include <optional>
 #include <vector>
 
 #include "Commands.h"
-#include "PathNames.h"
+#include "JsonForms.h"
 #include "PictureLoader.h"
+#include "Reading.h"
 #include "Refusal.h"
 #include "Segments.h"
+#include "TaggedRecords.h"
 #include "TaviStatus.h"
 
 namespace tavinitf {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // The fields that decide what a segment of each kind is and where it stands, in the order of the file.
 std::vector<const char*> DecisiveFields(SegmentKind kind) {
@@ -39,49 +38,29 @@ std::vector<const char*> DecisiveFields(SegmentKind kind) {
 
 struct FileReport {
   std::string path;
-  NitfContents contents;
+  Reading reading;
+  std::vector<TaggedRecord> header_records;
+  std::vector<std::vector<TaggedRecord>> segment_records;  // one list for each segment
   PictureSize composite;
   int32_t composite_status = 0;
-  std::optional<std::string> refusal;  // what is wrong with the file, when it does not open
-  int32_t refusal_status = 0;
 };
 
 FileReport Examine(const std::string& path) {
   FileReport report;
   report.path = path;
-  const std::optional<std::wstring> wide = WideFromUtf8(path);
-  if (!wide) {
-    report.refusal = "its name is not valid UTF-8";
-    report.refusal_status = ERR_FILE_NOT_FOUND;
-    return report;
+  report.reading = Read(path);
+  if (report.reading.refusal) return report;
+  std::ifstream file(path, std::ios::binary);
+  report.header_records = FindTaggedRecords(file, report.reading.contents.header);
+  for (const Segment& segment : report.reading.contents.segments) {
+    report.segment_records.push_back(FindTaggedRecords(file, segment));
   }
-  report.contents = ReadContents(path, *wide);
-  if (report.contents.status < SUCCESS) {
-    report.refusal = ExplainOpenFailure(path, report.contents);
-    report.refusal_status = report.contents.status;
-    return report;
-  }
-  report.composite_status = QueryPictureSize(*wide, {}, report.composite);
+  report.composite_status = QueryPictureSize(report.reading.wide_path, {}, report.composite);
   return report;
 }
 
 bool HasMaskTable(const Segment& image) {
   return image.Find("IMDATOFF") != nullptr;
-}
-
-// Field bytes as UTF-8: headers hold ASCII, and where they do not, one byte is one character.
-std::string AsUtf8(const std::string& bytes) {
-  std::string text;
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x80) {
-      text += c;
-    } else {
-      text += static_cast<char>(0xC0 | (byte >> 6));
-      text += static_cast<char>(0x80 | (byte & 0x3F));
-    }
-  }
-  return text;
 }
 
 void PutFields(Json& json, const Segment& segment) {
@@ -90,7 +69,19 @@ void PutFields(Json& json, const Segment& segment) {
   }
 }
 
-Json SegmentAsJson(const Segment& segment) {
+Json RecordsAsJson(const std::vector<TaggedRecord>& records) {
+  Json json = Json::array();
+  for (const TaggedRecord& record : records) {
+    json.push_back({{"tag", AsUtf8(record.tag)},
+                    {"block", record.block},
+                    {"offset", record.offset},
+                    {"length", record.length},
+                    {"overruns", record.overruns}});
+  }
+  return json;
+}
+
+Json SegmentAsJson(const Segment& segment, const std::vector<TaggedRecord>& records) {
   Json json;
   json["kind"] = KindName(segment.kind);
   json["index"] = segment.index;
@@ -103,32 +94,43 @@ Json SegmentAsJson(const Segment& segment) {
     json["bands"] = segment.BandCount();
     json["mask"] = HasMaskTable(segment);
   }
+  json["tres"] = RecordsAsJson(records);
   return json;
 }
 
 Json ReportAsJson(const FileReport& report) {
+  const NitfContents& contents = report.reading.contents;
   Json json;
   json["file"] = report.path;
-  if (report.refusal) {
-    json["error"] = {{"status", StatusName(report.refusal_status)},
-                     {"number", report.refusal_status},
-                     {"text", *report.refusal}};
+  if (report.reading.refusal) {
+    json["error"] = StatusAsJson(report.reading.refusal_status, *report.reading.refusal);
     return json;
   }
-  json["size"] = report.contents.file_size;
-  PutFields(json, report.contents.header);
+  json["size"] = contents.file_size;
+  PutFields(json, contents.header);
   if (report.composite_status == SUCCESS) {
     json["composite"] = {{"width", report.composite.width}, {"height", report.composite.height}};
   } else {
     json["composite"] = nullptr;
-    json["composite_error"] = {{"status", StatusName(report.composite_status)},
-                               {"number", report.composite_status},
-                               {"text", ExplainDrawFailure(report.composite_status, report.contents)}};
+    json["composite_error"] =
+        StatusAsJson(report.composite_status, ExplainDrawFailure(report.composite_status, contents));
   }
-  json["reserved_segments"] = report.contents.reserved_count;
+  json["reserved_segments"] = contents.reserved_count;
+  json["tres"] = RecordsAsJson(report.header_records);
   json["segments"] = Json::array();
-  for (const Segment& segment : report.contents.segments) json["segments"].push_back(SegmentAsJson(segment));
+  for (size_t i = 0; i < contents.segments.size(); ++i) {
+    json["segments"].push_back(SegmentAsJson(contents.segments[i], report.segment_records[i]));
+  }
   return json;
+}
+
+void PrintRecords(const char* indent, const std::vector<TaggedRecord>& records) {
+  for (const TaggedRecord& record : records) {
+    std::printf("%sTRE %s in %s at %llu, %llu bytes%s\n", indent, Printable(Trimmed(record.tag)).c_str(),
+                record.block, static_cast<unsigned long long>(record.offset),
+                static_cast<unsigned long long>(record.length),
+                record.overruns ? ", runs past its block" : "");
+  }
 }
 
 void PrintSegment(const Segment& segment) {
@@ -145,7 +147,7 @@ void PrintSegment(const Segment& segment) {
 }
 
 void PrintReport(const FileReport& report) {
-  const NitfContents& contents = report.contents;
+  const NitfContents& contents = report.reading.contents;
   const Segment& header = contents.header;
   const auto text = [&](const char* name) { return Printable(header.Text(name)); };
   std::printf("%s: %s %s, complexity level %s, %llu bytes\n", report.path.c_str(), text("FHDR").c_str(),
@@ -159,8 +161,12 @@ void PrintReport(const FileReport& report) {
                 ExplainDrawFailure(report.composite_status, contents).c_str(),
                 StatusName(report.composite_status).c_str(), report.composite_status);
   }
+  PrintRecords("  ", report.header_records);
   if (contents.segments.empty()) std::puts("  no segments");
-  for (const Segment& segment : contents.segments) PrintSegment(segment);
+  for (size_t i = 0; i < contents.segments.size(); ++i) {
+    PrintSegment(contents.segments[i]);
+    PrintRecords("    ", report.segment_records[i]);
+  }
   if (contents.reserved_count != 0) {
     std::printf("  reserved extensions: %llu\n", static_cast<unsigned long long>(contents.reserved_count));
   }
@@ -172,10 +178,9 @@ int RunInfo(const std::vector<std::string>& files, bool as_json) {
   for (const std::string& file : files) {
     const FileReport report = Examine(file);
     if (as_json) all.push_back(ReportAsJson(report));
-    if (report.refusal) {
+    if (report.reading.refusal) {
       exit_status = kFailed;
-      std::fprintf(stderr, "%s\n",
-                   FailureLine(file, "not opened", *report.refusal, report.refusal_status).c_str());
+      std::fprintf(stderr, "%s\n", report.reading.RefusalLine(file).c_str());
     } else if (!as_json) {
       PrintReport(report);
     }

@@ -74,13 +74,6 @@ void PlaceSegments(NitfContents& contents) {
   contents.reserved_count = contents.header.Number("NUMRES");
 }
 
-std::string Trimmed(const std::string& text) {
-  constexpr const char* kBlanks = " \t";
-  const size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
 }  // namespace
 
 const Field* Segment::Find(const std::string& name, int32_t at) const {
@@ -144,6 +137,13 @@ std::string Printable(const std::string& bytes) {
     }
   }
   return text;
+}
+
+std::string Trimmed(const std::string& text) {
+  constexpr const char* kBlanks = " \t";
+  const size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 NitfContents ReadContents(const std::string& path, const std::wstring& wide_path) {

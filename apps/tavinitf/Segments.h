@@ -63,6 +63,9 @@ const char* KindName(SegmentKind kind);
 // Text that a terminal shows as it is: bytes that are no printable ASCII, quotes and backslashes as \\x...
 std::string Printable(const std::string& bytes);
 
+// The text without the blanks around it.
+std::string Trimmed(const std::string& text);
+
 // Opens the file, gathers what is reported, closes it. After a refusal the contents end at the refused field.
 NitfContents ReadContents(const std::string& path, const std::wstring& wide_path);
 

@@ -2,19 +2,30 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include "Commands.h"
 #include "HostEntries.h"
 #include "OutputFile.h"
+#include "TaviHost.h"
 
 namespace {
 
+// The tool's own version, then a line for each library that decodes pictures.
+std::string Version() {
+  std::string text = "tavinitf " TAVINITF_VERSION;
+  for (uint32_t i = 0; const char* codec = HostCodecVersion(i); ++i) text += std::string("\n") + codec;
+  return text;
+}
+
 int Run(int argc, char** argv) {
   CLI::App app{"Looks into NITF files and draws them.", "tavinitf"};
-  app.set_version_flag("--version", "tavinitf " TAVINITF_VERSION);
+  app.set_version_flag("--version", Version);
   app.require_subcommand(1);
   app.footer("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.");
   int exit_status = tavinitf::kDone;
+  tavinitf::AddExtractCommand(app, exit_status);
+  tavinitf::AddHeadersCommand(app, exit_status);
   tavinitf::AddInfoCommand(app, exit_status);
   tavinitf::AddRenderCommand(app, exit_status);
   try {

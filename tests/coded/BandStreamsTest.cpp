@@ -17,6 +17,14 @@ class BandStreams : public CodedTest {
     image.pixels = Concatenate(streams);
     return image;
   }
+  // The loads' streams, a run of equal ones as one.
+  static std::vector<Bytes> Distinct(const RecordingHost& host) {
+    std::vector<Bytes> streams;
+    for (const RecordedLoad& load : host.loads) {
+      if (streams.empty() || streams.back() != load.bytes) streams.push_back(load.bytes);
+    }
+    return streams;
+  }
   // `count` streams of different sizes.
   static std::vector<Bytes> Streams(size_t count) {
     std::vector<Bytes> streams;
@@ -139,7 +147,8 @@ TEST_F(BandStreams, AFailedLoadEndsTheDecoding) {
 }
 
 // With a mask all bands of a block take the block's one entry. The last entry is read as it stands, from the
-// start of the data and not from the pixels.
+// start of the data and not from the pixels. Whether the one stream is loaded for each band or once for all is
+// left open.
 TEST_F(BandStreams, UnderAMaskAllBandsTakeTheBlocksEntry) {
   const std::vector<Bytes> s = Streams(3);
   ImageSpec image = Sequential(3, 3, 1, s, "M3");
@@ -149,19 +158,29 @@ TEST_F(BandStreams, UnderAMaskAllBandsTakeTheBlocksEntry) {
   host.bits = 8;
   // The last one begins within the mask's distance before the third stream: no stream.
   EXPECT_EQ(Load(image, host).status, ERR_UNSUPPORTED_COMPRESSION);
-  ExpectStreams(host, {s[0], s[0], s[0], s[1], s[1], s[1]});
+  EXPECT_EQ(Distinct(host), (std::vector<Bytes>{s[0], s[1]}));
   // An entry that counts from the start of the data finds it; the second block's stream is then longer.
   image.mask.block_offsets = {{0, 1100, 2300 + pixels}};
   RecordingHost second;
   second.bits = 8;
+  // A grey by the number in the stream's comment.
+  second.answer = [&](HostBitmap* bitmap) {
+    const auto level = static_cast<uint32_t>(50 + second.loads.back().bytes.at(9));
+    const int32_t status =
+        HostCreateBitmap(bitmap, sizeof *bitmap, 1, kSide, kSide, 8, 2, nullptr, 1, nullptr, 0);
+    HostFillBitmap(bitmap, level << 16 | level << 8 | level);
+    return status;
+  };
   const LoadedPicture picture = Load(image, second);
   ASSERT_EQ(picture.status, SUCCESS);
-  ASSERT_EQ(second.loads.size(), 9U);
-  EXPECT_EQ(second.loads[3].bytes.size(), 1200U + pixels);
-  EXPECT_EQ(second.loads[6].bytes, s[2]);
-  EXPECT_EQ(second.loads[8].bytes, s[2]);
-  EXPECT_EQ(picture.At(2 * kSide, 0),
-            (Rgb{RecordingHost::LevelOf(6), RecordingHost::LevelOf(7), RecordingHost::LevelOf(8)}));
+  const std::vector<Bytes> loaded = Distinct(second);
+  ASSERT_EQ(loaded.size(), 3U);
+  EXPECT_EQ(loaded[1].size(), 1200U + pixels);
+  EXPECT_EQ(loaded[2], s[2]);
+  for (uint32_t block = 0; block < 3; ++block) {
+    const auto level = static_cast<uint8_t>(50 + block);
+    EXPECT_EQ(picture.At(block * kSide, 0), (Rgb{level, level, level}));
+  }
 }
 
 TEST_F(BandStreams, AbsentBlocksAreNotMerged) {
@@ -173,9 +192,10 @@ TEST_F(BandStreams, AbsentBlocksAreNotMerged) {
   host.bits = 8;
   const LoadedPicture picture = Load(image, host);
   ASSERT_EQ(picture.status, SUCCESS);
-  ASSERT_EQ(host.loads.size(), 6U);
-  EXPECT_EQ(host.loads[0].bytes.size(), 1146U);
-  EXPECT_EQ(host.loads[5].bytes, s[1]);
+  const std::vector<Bytes> loaded = Distinct(host);
+  ASSERT_EQ(loaded.size(), 2U);
+  EXPECT_EQ(loaded[0].size(), 1146U);
+  EXPECT_EQ(loaded[1], s[1]);
   EXPECT_EQ(picture.At(1, kSide + 1), (Rgb{0, 0, 0}));
 }
 

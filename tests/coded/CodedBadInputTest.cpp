@@ -56,7 +56,9 @@ TEST_F(CodedBadInput, StreamsCutAtEveryKilobyte) {
       image.pixels.resize(keep);
       const LoadedPicture picture = Decode(image);
       EXPECT_TRUE(picture.status == SUCCESS || picture.status < 0) << kind.name << " " << keep;
-      if (kind.bits != 1 && keep == 0) EXPECT_LT(picture.status, 0) << kind.name;
+      if (kind.bits != 1 && keep == 0) {
+        EXPECT_LT(picture.status, 0) << kind.name;
+      }
     }
   }
 }

@@ -1,4 +1,6 @@
 // One stream for each block, found by the block mask.
+#include "../host_codecs/DeepJpegEncoder.h"
+#include "../host_codecs/Jpeg2000Encoder.h"
 #include "Streams.h"
 
 namespace tavi_test {
@@ -208,6 +210,39 @@ TEST_F(TileMask, ATileKeepsItsOwnSize) {
   ASSERT_EQ(wide.status, SUCCESS);
   EXPECT_EQ(wide.At(7, 7), Level(0));
   EXPECT_EQ(wide.At(8, 0), Level(1));
+}
+
+// The tile's colour order is overwritten, not converted: red first, read as blue first.
+TEST_F(TileMask, ATileTakesTheSegmentsColourOrder) {
+  const ImageSpec image = Masked(2, 1, {0, 700}, {TinyJpeg(1), TinyJpeg(2, 900)}, "RGB");
+  RecordingHost host;
+  host.answer = [](HostBitmap* bitmap) {
+    const int32_t status =
+        HostCreateBitmap(bitmap, sizeof *bitmap, 1, kSide, kSide, 24, 0, nullptr, 1, nullptr, 0);
+    HostFillBitmap(bitmap, 0x0000C8);  // red
+    return status;
+  };
+  const LoadedPicture picture = Load(image, host);
+  ASSERT_EQ(picture.status, SUCCESS);
+  EXPECT_EQ(At(picture, 0, 0), (Rgb{0, 0, 200}));
+  EXPECT_EQ(At(picture, 1, 0), (Rgb{0, 0, 200}));
+}
+
+// Tiles may be JPEG of any kind and JPEG 2000. The last one is searched by its start marker, which a codestream
+// does not have.
+TEST_F(TileMask, EveryKnownKindOfStreamIsTaken) {
+  const Pixels scene = MakeScene(8, 8, 1, 8);
+  const Pixels deep = MakeScene(8, 8, 1, 12);
+  for (const Bytes& stream :
+       {EncodeJpeg2000(scene, {.levels = 1}), EncodeJpeg2000(scene, {.jp2 = true, .levels = 1}),
+        EncodeJpeg12(deep, DeepProcess::kSequential), EncodeLossless(deep, {.bits = 12})}) {
+    const auto size = static_cast<uint32_t>(stream.size());
+    const ImageSpec image = Masked(2, 1, {0, size}, {stream, TinyJpeg(2, 1500)});
+    RecordingHost host;
+    const int32_t status = Load(image, host).status;
+    ASSERT_FALSE(host.loads.empty()) << status;
+    EXPECT_EQ(host.loads[0].bytes, stream);
+  }
 }
 
 TEST_F(TileMask, RgbSaysThatComponentsAreColours) {

@@ -93,6 +93,12 @@ TEST_F(TileScan, APlaceMustBeBelowWhatIsLeft) {
   RecordingHost host;
   EXPECT_EQ(Load(file, host).status, ERR_FILE_READ);
   ExpectStreams(host, {streams[0]});
+  // At distance 1021 it stands at place 1021 of the first stretch and at place 0 of the second, which never
+  // counts.
+  file.trailer = Concatenate({Bytes(321, 0), TinyJpeg(3, 700), Bytes(4000, 0)});
+  RecordingHost seam;
+  EXPECT_EQ(Load(file, seam).status, ERR_FILE_READ);
+  ExpectStreams(seam, {streams[0]});
   // At distance 1100 it stands at place 79 of the second stretch, and counts.
   file.trailer = Concatenate({Bytes(400, 0), TinyJpeg(3, 700), Bytes(4000, 0)});
   RecordingHost second;
@@ -113,6 +119,14 @@ TEST_F(TileScan, AShortStretchEndsTheSearch) {
   file.trailer = {0};
   EXPECT_EQ(Load(file, host).status, ERR_FILE_READ);  // the last stream is not found in so little
   ExpectStreams(host, {streams[0]});
+}
+
+// Place 1022 is the last that counts, though its marker ends behind the stretch: no second stretch is wanted.
+TEST_F(TileScan, TheLastPlaceOfAStretchCounts) {
+  const std::vector<Bytes> streams = {TinyJpeg(1, 1022), TinyJpeg(2, 600)};
+  RecordingHost host;
+  EXPECT_EQ(Load(Scanned(2, 1, streams), host).status, SUCCESS);
+  ExpectStreams(host, streams);
 }
 
 TEST_F(TileScan, FewerStreamsThanBlocksEndTheDecoding) {

@@ -161,7 +161,9 @@ TEST_F(VqBadInput, DamagedHeadersEndInAStatus) {
     EXPECT_TRUE(status == SUCCESS || status == ERR_FILE_READ || status == ERR_FILE_FORMAT) << status;
     // The reference would make room for as many entries as the damage claims.
     const uint32_t entries = uint32_t{image.pixels[23]} << 24 | uint32_t{image.pixels[24]} << 16;
-    if (entries == 0) EXPECT_EQ(DecodeVq(image, built).status, status) << round;
+    if (entries == 0) {
+      EXPECT_EQ(DecodeVq(image, built).status, status) << round;
+    }
   }
 }
 

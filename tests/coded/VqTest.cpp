@@ -67,7 +67,8 @@ class Vq : public CodedTest {
     const std::string layout = image.BlockCount() == 1 ? "one stream"
                                : image.HasMaskTable()  ? "blocks in one stream, masked"
                                                        : "blocks in one stream";
-    if (differences == 0) RecordDecoded(image, layout, "vector quantisation");
+    if (differences == 0 && image.nbpp != 1 && image.nbpp != 16)
+      RecordDecoded(image, layout, "vector quantisation");
     return SUCCESS;
   }
 
@@ -221,6 +222,15 @@ TEST_F(Vq, AnyNumberOfTablesIsTaken) {
       EXPECT_EQ(Expect(image, std::to_string(tables) + " tables of " + std::to_string(entries)), SUCCESS);
     }
   }
+}
+
+// Lines of a kernel for which there is no table are zeros: the file need not hold a whole kernel.
+TEST_F(Vq, FewTablesNeedNoWholeKernel) {
+  ImageSpec image = Image(1, 8, 1, 1, 16, 16);
+  VqStream stream{.code_bits = 8, .tables = {Bytes(16, 77)}, .entries = 1};
+  stream.codes = {0};
+  image.pixels = stream.Build();
+  EXPECT_EQ(Expect(image), SUCCESS);
 }
 
 TEST_F(Vq, CodesBeyondTheTableShowZeros) {

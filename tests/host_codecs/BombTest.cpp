@@ -170,6 +170,20 @@ TEST_F(BombTest, TinyPrecinctsAndManyLayers) {
   EXPECT_EQ(Load(precincts, &bitmap), ERR_FILE_FORMAT);
 }
 
+// A length that ends within the part's own header must not be followed: one would never arrive.
+TEST_F(BombTest, TilePartsThatPointBack) {
+  Stream stream = SmallCodestream();
+  const size_t part = FindMarker(stream, 0x90);
+  const uint8_t comment[] = {0xFF, 0x64, 0x00, 0x06, 0x00, 0x01, 'a', 'b'};
+  stream.insert(stream.begin() + static_cast<ptrdiff_t>(part) + 12, std::begin(comment), std::end(comment));
+  for (const uint32_t size : {0u, 1u, 12u, 13u, 14u, 19u, 20u, 21u, 22u, 23u, 0xFFFFFFFFu}) {
+    Put(&stream, part + 6, size, 4);
+    Bitmap bitmap;
+    const int32_t status = Load(stream, &bitmap);
+    EXPECT_TRUE(status == SUCCESS || status < 0) << status;
+  }
+}
+
 TEST_F(BombTest, FlatPicturesThatCompressWellAreNoBombs) {
   const Pixels flat(3000, 3000, 1);
   const Stream stream = EncodeJpeg2000(flat, {});

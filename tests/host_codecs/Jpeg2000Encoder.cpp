@@ -75,7 +75,7 @@ opj_image_t* MakeImage(const Pixels& pixels, const J2kSettings& settings) {
   for (uint32_t c = 0; c < pixels.channels; ++c) {
     opj_image_cmptparm_t& parameter = parameters[c];
     std::memset(&parameter, 0, sizeof parameter);
-    parameter.dx = parameter.dy = c == 1 || c == 2 ? settings.step : 1;
+    parameter.dx = parameter.dy = settings.step_of_all * (c == 1 || c == 2 ? settings.step : 1);
     parameter.w = Divide(right, parameter.dx) - Divide(settings.left, parameter.dx);
     parameter.h = Divide(bottom, parameter.dy) - Divide(settings.top, parameter.dy);
     parameter.prec = settings.bits;

@@ -13,11 +13,12 @@ struct J2kSettings {
   bool is_signed = false;
   bool jp2 = false;
   J2kColor color = J2kColor::kUnspecified;
-  bool mix = false;   // the codestream's own transform of three components
-  double ratio = 0;   // 0: lossless
-  uint32_t tile = 0;  // side of the tiles, 0: one tile
-  uint32_t step = 1;  // subsampling of the second and third component, in both directions
-  uint32_t left = 0;  // offset of the picture on the reference grid
+  bool mix = false;          // the codestream's own transform of three components
+  double ratio = 0;          // 0: lossless
+  uint32_t tile = 0;         // side of the tiles, 0: one tile
+  uint32_t step = 1;         // subsampling of the second and third component, in both directions
+  uint32_t step_of_all = 1;  // subsampling of every component
+  uint32_t left = 0;         // offset of the picture on the reference grid
   uint32_t top = 0;
   int levels = 5;
   int layers = 1;

@@ -154,6 +154,17 @@ TEST_F(Jpeg2000Test, SmallerComponentsAreUpsampled) {
   }
 }
 
+TEST_F(Jpeg2000Test, APictureIsAsLargeAsItsFinestComponent) {
+  const Pixels scene = MakeNoise(41, 31, 1, 8);
+  const Stream stream = EncodeJpeg2000(scene, {.step_of_all = 2, .left = 5, .top = 3, .levels = 2});
+  const Pixels loaded = LoadPixels(stream);
+  ASSERT_EQ(loaded.width, 20u);   // 6, 8 ... 44
+  ASSERT_EQ(loaded.height, 15u);  // 4, 6 ... 32
+  for (uint32_t y = 0; y < 15; ++y) {
+    for (uint32_t x = 0; x < 20; ++x) ASSERT_EQ(loaded.At(x, y), scene.At(1 + 2 * x, 1 + 2 * y));
+  }
+}
+
 TEST_F(Jpeg2000Test, PaletteInJp2) {
   std::vector<std::vector<uint8_t>> palette;
   for (int i = 0; i < 256; ++i) {

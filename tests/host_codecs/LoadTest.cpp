@@ -1,6 +1,8 @@
 // HostLoadMemory itself: its options, its statuses, the record before and after.
 #include <cstring>
+#include <thread>
 
+#include "DeepJpegEncoder.h"
 #include "Jpeg2000Encoder.h"
 #include "JpegEncoder.h"
 
@@ -102,6 +104,27 @@ TEST_F(LoadTest, DepthsAboveTheLimitAreRefused) {
   EXPECT_EQ(Load(codestream, &bitmap), ERR_NO_MEMORY);
   HostSetBitmapLimit(before);
   EXPECT_EQ(Load(stream, &bitmap), SUCCESS);
+}
+
+TEST_F(LoadTest, ThreadsLoadAtTheSameTime) {
+  const std::vector<Stream> streams = {
+      GreyJpeg(), EncodeJpeg(MakeScene(200, 100, 3, 8), {.progressive = true}),
+      EncodeLossless(MakeNoise(200, 100, 1, 12), {.bits = 12}),
+      EncodeJpeg12(MakeScene(200, 100, 3, 12), DeepProcess::kSequential),
+      EncodeJpeg2000(MakeScene(200, 100, 3, 8), {.jp2 = true, .color = J2kColor::kRgb})};
+  std::vector<Pixels> expected;
+  for (const Stream& stream : streams) expected.push_back(LoadPixels(stream));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < 10; ++round) {
+        for (size_t i = 0; i < streams.size(); ++i) {
+          EXPECT_EQ(LoadPixels(streams[i]).samples, expected[i].samples);
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST_F(LoadTest, VersionsOfTheCodecs) {

@@ -40,8 +40,8 @@ void DecodePlainly(const Stream& stream, std::vector<uint8_t>* pixels) {
   jpeg_destroy_decompress(&decoder);
 }
 
-// About 1.0 is expected and measured elsewhere. The bound is wide, for builds with sanitizers and machines with other
-// things to do: it finds a picture that is decoded twice and copied about.
+// About 1.0 is expected and measured elsewhere. The bound is wide, for builds with sanitizers and machines
+// with other things to do: it finds a picture that is decoded twice and copied about.
 TEST_F(SpeedTest, AColourJpegCostsLittleMoreThanItsLibrary) {
   const Stream stream = EncodeJpeg(MakeScene(2048, 2048, 3, 8), {.across = 2, .down = 2});
   std::vector<uint8_t> pixels(size_t{2048} * 2048 * 3);

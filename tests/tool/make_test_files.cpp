@@ -1,5 +1,6 @@
 // Makes the files that the tests of the command line look at.  make_test_files DIRECTORY
 // The pixel values are simple formulas, which tool_support.py states again.
+#include <array>
 #include <cstdio>
 #include <filesystem>
 
@@ -107,6 +108,124 @@ BuiltFile Huge() {
   return NtfBuilder{image}.Build();
 }
 
+void Append(Bytes& to, const Bytes& more) {
+  to.insert(to.end(), more.begin(), more.end());
+}
+
+// A record whose length is no number, one that runs past the block, and what is left of a record's head.
+Bytes OddRecords() {
+  Bytes block = Tre("FIRST ", "0123456789");
+  Append(block, {'B', 'A', 'D', 'L', 'E', 'N', 'x', 'y', 'z', ' ', ' '});
+  Append(block, {0xFF, '"', '\\', 0, 'o', 'd', ' ', ' ', '1', '2', 'x'});
+  Append(block, Bytes(12, 'd'));
+  Append(block, {'O', 'V', 'E', 'R', 'U', 'N', '9', '9', '9', '9', '9', '!'});
+  return block;
+}
+
+// Two bands with look-up tables, one table for all colours and three; comments, corners, both record areas.
+ImageSpec FullImage() {
+  ImageSpec image = GreyImage(4, 3);
+  image.Roles({"LU", "M"});
+  image.pixels = Bytes(24, 1);
+  image.irep = "RGB/LUT";
+  image.bands[0].luts = {Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}};
+  image.bands[1].luts = {Bytes{0, 255}, Bytes{128, 7}, Bytes{9, 11}};
+  image.igeolo = std::string(60, '7');
+  image.comments = {"first comment", "the second"};
+  image.udid = Tre("USERDF", std::string(3000, 'u'));
+  Append(*image.udid, Tre("SECOND", ""));
+  image.ixshd = OddRecords();
+  image.fields["IID1"] = "\xff\x01\"\\ \x80 \n\t";
+  image.fields["IID2"] = "  between blanks";
+  return image.Level(2).At(-1, 12);
+}
+
+ImageSpec MaskedImage() {
+  ImageSpec image = GreyImage(8, 4, GreyPixels(8, 4));
+  image.Blocks(4, 2, 2, 2);
+  image.ic = "NM";
+  image.mask.block_offsets = std::vector<uint32_t>{0, kAbsentBlock, 4, 8, 12, 16, 20, 0x01020304};
+  image.mask.pad_offsets = std::vector<uint32_t>{kAbsentBlock, 4};
+  image.mask.pad_code = {9};
+  image.mask.gap = {1, 2, 3};
+  return image.Level(3);
+}
+
+ImageSpec ManyBands() {
+  ImageSpec image = GreyImage(2, 2);
+  image.irep = "MULTI";
+  image.bands = std::vector<BandSpec>(11);
+  image.use_xbands = true;
+  image.pixels = Bytes(44, 3);
+  return image.Level(4);
+}
+
+// Every field that the layout knows, most of them with a length of their own.
+BuiltFile Full() {
+  ImageSpec coded = GreyImage(4, 4);
+  coded.ic = "C8";
+  coded.comrat = "N012";
+  NtfBuilder file{FullImage(), MaskedImage(), ManyBands(), coded.Level(5)};
+  file.header["FTITLE"] = "A title with blanks behind it";
+  file.background = {1, 128, 255};
+  file.udhd = Tre("HEADER", "abc");
+  file.xhd = OddRecords();
+  for (const char* data : {"first drawing", "second"}) {
+    GraphicSpec graphic;
+    const std::string text = data;
+    graphic.data = Bytes(text.begin(), text.end());
+    graphic.sxshd = Tre("GRAPHC", data);
+    file.graphics.push_back(graphic);
+  }
+  TextSpec text;
+  text.data = {'t', 'e', 'x', 't', 0, 0xFF, '\r', '\n'};
+  text.txshd = Tre("TEXTTR", "t");
+  file.texts.push_back(text);
+  file.texts.push_back({});
+  DataExtensionSpec overflow;
+  overflow.desshf = Bytes{'u', 's', 'e', 'r', ' ', 0xFE};
+  overflow.data = Tre("OVERFL", "12345");
+  file.data_extensions.push_back(overflow);
+  DataExtensionSpec other;  // the fields behind its security block are read as those of an overflow
+  other.desid = "CSSHPA DES";
+  other.data = Bytes(40, 'z');
+  file.data_extensions.push_back(other);
+  file.reserved.push_back({Bytes(3, 'r'), Bytes(4, 's')});
+  return file.Build();
+}
+
+// More data than one piece of a copy takes.
+BuiltFile Large() {
+  return NtfBuilder{GreyImage(1500, 1001, GreyPixels(1500, 1001))}.Build();
+}
+
+// A mask table of 80 000 bytes: one block for each pixel.
+BuiltFile ManyBlocks() {
+  ImageSpec image = GreyImage(200, 100, GreyPixels(200, 100));
+  image.Blocks(200, 100, 1, 1);
+  image.ic = "NM";
+  image.mask.block_offsets.emplace();
+  for (uint32_t i = 0; i < 20000; ++i) image.mask.block_offsets->push_back(i);
+  return NtfBuilder{image}.Build();
+}
+
+// 8 x 8 pixels of grey 136: one block of which only the mean differs from 128, one code in each table.
+BuiltFile Jpeg() {
+  Bytes stream = {0xFF, 0xD8, 0xFF, 0xDB, 0x00, 0x43, 0x00};
+  Append(stream, Bytes(64, 8));
+  Append(stream, {0xFF, 0xC0, 0x00, 0x0B, 8, 0, 8, 0, 8, 1, 1, 0x11, 0});
+  for (const std::array<uint8_t, 2> table : {std::array<uint8_t, 2>{0x00, 4}, {0x10, 0}}) {
+    Append(stream, {0xFF, 0xC4, 0x00, 0x14, table[0], 1});
+    Append(stream, Bytes(15, 0));
+    stream.push_back(table[1]);
+  }
+  Append(stream, {0xFF, 0xDA, 0x00, 0x08, 1, 1, 0x00, 0, 63, 0, 0x43, 0xFF, 0xD9});
+  ImageSpec image = GreyImage(8, 8, stream);
+  image.ic = "C3";
+  image.comrat = "00.0";
+  return NtfBuilder{image}.Build();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -142,5 +261,11 @@ int main(int argc, char** argv) {
   write("subheader_missing.ntf", Mixed().Truncate("image[0].data", 5));
   write("data_cut.ntf", Color().Truncate("image[0].data", 100));
   write("nothing.ntf", BuiltFile{});
+  write("full.ntf", Full());
+  write("full_cut.ntf", Full().Truncate("image[1].BMR[5]", 2));
+  write("large.ntf", Large());
+  write("large_cut.ntf", Large().Truncate("image[0].data", 1400000));
+  write("many_blocks.ntf", ManyBlocks());
+  write("jpeg.ntf", Jpeg());
   return 0;
 }

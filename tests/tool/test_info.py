@@ -14,7 +14,7 @@ class Info(ToolTest):
         (file,) = self.info("color.ntf")
         size = (FILES / "color.ntf").stat().st_size
         self.assertEqual(list(file), ["file", "size", "FHDR", "FVER", "CLEVEL", "FL", "HL", "composite",
-                                      "reserved_segments", "segments"])
+                                      "reserved_segments", "tres", "segments"])
         self.assertEqual(file["file"], str(FILES / "color.ntf"))
         self.assertEqual(file["size"], size)
         self.assertEqual((file["FHDR"], file["FVER"], file["CLEVEL"]), ("NITF", "02.10", "03"))

@@ -3,15 +3,23 @@ import unittest
 
 from tool_support import FILES, ToolTest
 
+WRONG_SELECTORS = ("", "image", "image:", "image:x", "image:-1", "image:+1", "image: 1", "image:1 ", "image:0x1",
+                   "image:1234567890", "Image:0", "picture:0", "header:0", "0", ":0")
+
 
 class Usage(ToolTest):
     def test_version(self):
-        self.assertRegex(self.check("--version").stdout, r"^tavinitf \d+\.\d+\.\d+\n$")
+        version, *codecs = self.check("--version").stdout.splitlines()
+        self.assertRegex(version, r"^tavinitf \d+\.\d+\.\d+$")
+        for name in ("libjpeg-turbo", "OpenJPEG", "DCMTK", "libtiff"):
+            self.assertEqual(len([c for c in codecs if c.startswith(name + " ")]), 1, codecs)
+        for codec in codecs:
+            self.assertRegex(codec, r"^[A-Za-z-]+ \d+\.\d+(\.\d+)*$")
 
     def test_help_names_subcommands(self):
         text = self.check("--help").stdout
-        self.assertIn("info", text)
-        self.assertIn("render", text)
+        for name in ("info", "headers", "render", "extract"):
+            self.assertIn(name, text)
         self.assertIn("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.", text)
 
     def test_help_of_each_subcommand(self):
@@ -41,6 +49,13 @@ class Usage(ToolTest):
             ["render", color, "-o", out, "-j", "65"],
             ["render", color, "-o", out, "-j", "two"],
             ["render", color, color, "-d", self.folder],
+            ["headers"],
+            ["headers", color, color],
+            ["headers", color, "--segment"],
+            *(["headers", color, "--segment", s] for s in WRONG_SELECTORS),
+            ["extract", color, "image:0"],
+            ["extract", color, "-o", out],
+            *(["extract", color, s, "-o", out] for s in (*WRONG_SELECTORS, "header", "des:0", "label:0")),
         )
         for arguments in wrong:
             with self.subTest(arguments=arguments):

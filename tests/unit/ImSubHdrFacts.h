@@ -39,7 +39,7 @@ inline constexpr FieldFact kImageFacts[] = {
     F(NCOLS, 8, 8),
     F(PVTYPE, 3, 3, Fill::kBlank),
     F(IREP, 8, 8, Fill::kBlank),
-    F(ICAT, 8, 8, Fill::kBlank, "VIS", 8),
+    F(ICAT, 8, 8, Fill::kZero, "VIS", 8),
     F(ABPP, 2, 2),
     F(PJUST, 1, 1, Fill::kBlank),
     F(ICORDS, 1, 1, Fill::kBlank),

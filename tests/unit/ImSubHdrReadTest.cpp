@@ -163,11 +163,11 @@ TEST_F(ImageReadTest, OtherPixelTypesShowAMessage) {
 
 TEST_F(ImageReadTest, SixteenBitsInSeveralBandsShowAMessage) {
   const auto image = [](uint32_t bands, uint32_t bits, bool xbands) {
-    ImageSpec spec = tavi_test::GreyImage(1, 1);
-    spec.bands.assign(bands, BandSpec());
-    spec.nbpp = bits;
-    spec.use_xbands = xbands;
-    return spec;
+    ImageSpec made = tavi_test::GreyImage(1, 1);
+    made.bands.assign(bands, BandSpec());
+    made.nbpp = bits;
+    made.use_xbands = xbands;
+    return made;
   };
   EXPECT_EQ(StatusOf(image(1, 16, false)), SUCCESS);
   EXPECT_EQ(StatusOf(image(2, 8, false)), SUCCESS);
