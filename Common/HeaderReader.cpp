@@ -42,23 +42,11 @@ int32_t FieldReader::Read(const char* name, int32_t index, int32_t sub_index, vo
   return read == size ? SUCCESS : ERR_FILE_READ;
 }
 
-void FieldReader::ReportUnread(const char* name, int32_t index) {
-  if (document_.Observe == nullptr) return;
-  document_.Observe(document_.Observer,
-                    {kind_, segment_index_, name, index, -1, static_cast<uint64_t>(position_), nullptr, 0});
-}
-
 int32_t FieldReader::ReadBlock(const char* name, HostArray<uint8_t>& block, int64_t size) {
-  if (size < 0) {
-    ReportUnread(name, -1);
-    return ERR_FILE_READ;
-  }
+  if (size < 0) return ERR_FILE_READ;
   const auto bytes = static_cast<uint64_t>(size);
   if (consumed_ + bytes > limit_) return kBudgetSpent;
-  if (!CanHold(bytes)) {
-    ReportUnread(name, -1);
-    return ERR_FILE_READ;
-  }
+  if (!CanHold(bytes)) return ERR_FILE_READ;
   HostArray<uint8_t> read;
   if (!read.Allocate(bytes + 1, Here())) return ERR_NO_MEMORY;
   const int32_t status = Read(name, read.data(), bytes);

@@ -29,9 +29,6 @@ class FieldReader {
   // Reads a block into fresh memory with a NUL behind it. No memory is asked for that the file cannot fill.
   int32_t ReadBlock(const char* name, HostArray<uint8_t>& block, int64_t size);
 
-  // Reports a field that is not read because the file cannot hold it.
-  void ReportUnread(const char* name, int32_t index);
-
   // Whether the file still holds `size` bytes.
   bool CanHold(uint64_t size) const;
   // Whether `count` entries of a repeated group can be there: room is never made for more than the file can
@@ -138,10 +135,7 @@ template <class R>
 int32_t ReadGroup(R& record, const FieldRow<R>& group, FieldReader& reader) {
   const uint32_t count = group.count(record);
   if (count == 0) return SUCCESS;
-  if (!reader.CanHoldGroup(count, LeastEntrySize(group, reader.layout()))) {
-    reader.ReportUnread(group.columns.front().name, 0);
-    return ERR_FILE_READ;
-  }
+  if (!reader.CanHoldGroup(count, LeastEntrySize(group, reader.layout()))) return ERR_FILE_READ;
   int32_t status = group.prepare(record, count);
   for (uint32_t i = 0; i < count && status == SUCCESS; ++i) {
     status = ReadRows(record, group.columns, reader, i, static_cast<int32_t>(i));

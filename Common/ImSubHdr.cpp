@@ -143,10 +143,7 @@ int32_t ReadLookupTables(R& r, FieldReader& reader, uint32_t band) {
   r.BandLutEntries[band] = entries;
   if (entries == 0) return SUCCESS;
   HostArray<uint8_t> table;
-  if (!reader.CanHoldGroup(entries, 1)) {
-    reader.ReportUnread("LUTD", shown);
-    return ERR_FILE_READ;
-  }
+  if (!reader.CanHoldGroup(entries, 1)) return ERR_FILE_READ;
   // Hosts take a palette without a count and read 256 entries of it. What a streaming pass ends before keeps
   // its value.
   constexpr uint32_t kLeastEntries = 256;
@@ -193,10 +190,7 @@ int32_t ReadMask(const R& r, FieldReader& reader, const char* name, MaskTable& m
   const uint64_t blocks = static_cast<uint64_t>(r.BlocksPerRow) * r.BlocksPerColumn;
   const bool countable = blocks <= kMost && blocks * r.BandCount <= kMost;
   const uint64_t size = countable ? blocks * r.BandCount * 4 : 0;
-  if (!countable || !reader.CanHold(size)) {
-    reader.ReportUnread(name, -1);
-    return ERR_FILE_READ;
-  }
+  if (!countable || !reader.CanHold(size)) return ERR_FILE_READ;
   HostArray<uint8_t> bytes;
   if (!bytes.Allocate(size + 4, Here())) return ERR_NO_MEMORY;
   const int32_t status = reader.Read(name, bytes.data(), size);

@@ -23,7 +23,8 @@ struct SeenField {
 using FieldObserver = void (*)(void* user, const SeenField& field);
 
 // Opens the file, reports each field, closes it again. The status is that of opening it (see
-// Tavi_NITFCreate): after a refusal the last field reported is the one that was refused.
+// Tavi_NITFCreate): after a refusal the last field reported is the one that was refused, or the one
+// that announces more than the file can hold.
 int32_t InspectFile(const wchar_t* path, FieldObserver observe, void* user);
 
 }  // namespace tavi

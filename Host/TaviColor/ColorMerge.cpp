@@ -137,11 +137,11 @@ int32_t HostColorMerge(HostBitmap* destination, HostBitmap* const* bands, uint64
   if (destination == nullptr || bands == nullptr) return ERR_NULL_ARGUMENT;
   if (record_size != sizeof *destination) return ERR_INVALID_PARAMETER;
   if (flags != 0) return ERR_NOT_SUPPORTED;
-  Bands found;
-  int32_t status = FindBands(bands, &found);
-  // What the destination held may be one of the bands no longer.
+  // First of all, so that a band that is the destination itself is seen to hold nothing.
   HostFreeBitmap(destination);
   HostInitBitmap(destination, sizeof *destination, 0, 0, 0);
+  Bands found;
+  int32_t status = FindBands(bands, &found);
   if (status == SUCCESS) status = Merge(found, destination);
   return status;
 }

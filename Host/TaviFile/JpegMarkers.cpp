@@ -182,11 +182,9 @@ int32_t CheckJpegClaim(const JpegStream& jpeg) noexcept {
   if (status != SUCCESS) return status;
   const uint64_t samples = uint64_t{jpeg.width} * jpeg.height * jpeg.components;
   if (!kJpegCredit.Covers(samples, jpeg.bytes.size())) return ERR_FILE_FORMAT;
-  // Coefficients of two bytes are kept for the whole picture when it comes in several scans.
-  if (jpeg.process == JpegProcess::kProgressive && jpeg.coded_samples > HostGetBitmapLimit()) {
-    return ERR_NO_MEMORY;
-  }
   const uint64_t scans = CountJpegScans(jpeg.bytes);
+  // Coefficients of two bytes are kept for the whole picture when it comes in several scans.
+  if (scans > 1 && jpeg.coded_samples > HostGetBitmapLimit() / 2) return ERR_NO_MEMORY;
   const uint64_t allowed = kVisitsForNothing + kVisitsPerByte * jpeg.bytes.size();
   return scans <= allowed / jpeg.coded_samples + 1 ? SUCCESS : ERR_FILE_FORMAT;
 }
