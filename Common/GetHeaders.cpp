@@ -392,8 +392,10 @@ int32_t Tavi_NITFGetTextSegment(NitfHandle handle, uint32_t index, uint8_t* buff
   if (buffer == nullptr) return SUCCESS;
   if (source == nullptr) return 0;
   if (source->TextDataInMemory != 0) {
-    std::strcpy(reinterpret_cast<char*>(buffer),
-                reinterpret_cast<const char*>(source->TextDataBuffer.data()));
+    const auto* text = reinterpret_cast<const char*>(source->TextDataBuffer.data());
+    const size_t kept = strnlen(text, source->TextDataBuffer.size());
+    std::memcpy(buffer, text, kept);
+    buffer[kept] = 0;
     return SUCCESS;
   }
   // A length that the file cannot hold is not read at all: the caller's buffer may be as small as its sum was

@@ -126,7 +126,7 @@ int32_t PaintSegmentBitmap(HostDrawingContext dc, HostBitmap* bitmap, const ImSu
   const OwnedPalette palette(HostCreatePaintPalette(dc, bitmap), Here());
   const bool selected = palette.get() != nullptr;
   if (selected) HostTrackAdd(kTrackedHandle, palette.get(), Here().line, Here().unit);
-  const HostPalette before = selected ? SelectPalette(dc, palette.get(), 0) : nullptr;
+  HostPalette before = selected ? SelectPalette(dc, palette.get(), 0) : nullptr;
   RealizePalette(dc);
   const int32_t status =
       image.PadCode.exists()

@@ -35,7 +35,7 @@ enum class Layout : uint8_t { kNitf21, kNitf20 };
 // A field's width in the file by layout; kAbsent where a layout lacks it.
 inline constexpr uint16_t kAbsent = 0;
 struct Widths {
-  constexpr Widths(uint16_t both) : nitf21(both), nitf20(both) {}
+  constexpr explicit Widths(uint16_t both) : nitf21(both), nitf20(both) {}
   constexpr Widths(uint16_t in21, uint16_t in20) : nitf21(in21), nitf20(in20) {}
   constexpr uint16_t In(Layout layout) const { return layout == Layout::kNitf20 ? nitf20 : nitf21; }
   uint16_t nitf21;

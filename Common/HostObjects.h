@@ -25,6 +25,8 @@ template <class T>
 class HostArray {
  public:
   HostArray() = default;
+  HostArray(const HostArray&) = delete;
+  HostArray& operator=(const HostArray&) = delete;
   HostArray(HostArray&& other) noexcept { Swap(other); }
   HostArray& operator=(HostArray&& other) noexcept {
     HostArray moved(std::move(other));

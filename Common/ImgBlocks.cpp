@@ -4,7 +4,7 @@
 
 namespace tavi {
 
-bool SegmentJob::Read(int64_t offset, void* to, uint64_t size) {
+bool SegmentJob::Read(int64_t offset, void* to, uint64_t size) const {
   if (offset < 0) return false;
   HostFileSeek(document.File, data_start + offset, kFromStart);
   return HostFileRead(document.File, to, size) == size;
@@ -37,7 +37,7 @@ bool IsAbsent(const SegmentJob& job, uint64_t block) {
 }
 
 int32_t BlockTile::Create(uint32_t bits, uint32_t order) {
-  constexpr uint64_t kStripBytes = 128 * 1024;
+  constexpr uint64_t kStripBytes = 131072;
   const uint64_t line = (static_cast<uint64_t>(bits) * job_.image.BlockWidth + 31) / 32 * 4;
   const uint64_t rows = std::max<uint64_t>(kStripBytes / std::max<uint64_t>(line, 1), 1);
   strip_rows_ = static_cast<uint32_t>(std::min<uint64_t>(rows, job_.image.BlockHeight));
@@ -78,7 +78,7 @@ void BlockTile::Discard() {
   }
 }
 
-int32_t BlockTile::Combine(HostBitmap* source, uint32_t rows) {
+int32_t BlockTile::Combine(HostBitmap* source, uint32_t rows) const {
   constexpr uint32_t kReplace = 800;
   source->order = job_.bitmap->order;
   return HostCombineBitmap(job_.bitmap, x_, y_ + static_cast<int32_t>(rows_done_), job_.image.BlockWidth,

@@ -29,7 +29,7 @@ struct SegmentJob {
 
   // Reads a stretch of the segment's data. False when the file ends inside it, or for an offset before the
   // data.
-  bool Read(int64_t offset, void* to, uint64_t size);
+  bool Read(int64_t offset, void* to, uint64_t size) const;
   // Whether the file holds the stretch: no memory is asked for that it cannot fill.
   bool Holds(int64_t offset, uint64_t size) const;
 };
@@ -98,7 +98,7 @@ class BlockTile {
   void Discard();
 
  private:
-  int32_t Combine(HostBitmap* source, uint32_t rows);
+  int32_t Combine(HostBitmap* source, uint32_t rows) const;
 
   const SegmentJob& job_;
   OwnedBitmap tile_;

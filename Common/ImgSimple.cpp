@@ -105,7 +105,7 @@ int32_t ReadRowsInPieces(SegmentJob& job, int64_t offset, uint64_t row_bytes, ui
 
 // A piece of whole rows, at least one.
 uint64_t PieceSize(uint64_t row_bytes, uint32_t rows) {
-  constexpr uint64_t kPiece = 128 * 1024;
+  constexpr uint64_t kPiece = 131072;
   const uint64_t fitting = std::max<uint64_t>(kPiece / std::max<uint64_t>(row_bytes, 1), 1);
   return std::min<uint64_t>(fitting, rows) * row_bytes;
 }

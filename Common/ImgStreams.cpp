@@ -13,7 +13,7 @@ constexpr int64_t kStretch = 1024;
 constexpr int64_t kStride = 1021;
 constexpr int64_t kLastPlace = 1022;  // in a stretch, of a marker that counts
 constexpr int64_t kMarkerLength = 3;
-constexpr int64_t kScanPiece = 64 * 1024;
+constexpr int64_t kScanPiece = 65536;
 
 bool IsStreamStart(const uint8_t* p) {
   return p[0] == 0xFF && p[1] == 0xD8 && p[2] == 0xFF;

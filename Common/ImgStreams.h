@@ -15,9 +15,9 @@ struct StreamBytes {
 
 // The walk from one stream to the next.
 struct StreamWalk {
-  uint32_t remaining;     // starts at the data length
-  uint32_t size = 0;      // of the last stream found
-  uint32_t consumed = 0;  // bytes taken from the start of the data
+  uint32_t remaining = 0;  // starts at the data length
+  uint32_t size = 0;       // of the last stream found
+  uint32_t consumed = 0;   // bytes taken from the start of the data
 };
 
 // Searches one segment's data.

@@ -40,7 +40,7 @@ class CodeReader {
   }
 
  private:
-  static constexpr uint64_t kPiece = 64 * 1024;
+  static constexpr uint64_t kPiece = 65536;
 
   bool Fill() {
     used_ = 0;

@@ -10,19 +10,6 @@ constexpr uint32_t kBlockSide = 256;
 constexpr double kColorBound = 6;
 constexpr double kGreyBound = 8;
 
-// Bytes without a pattern that a cache or a predictor could use.
-tavi_test::Bytes Noise(size_t count) {
-  tavi_test::Bytes bytes(count);
-  uint64_t state = 0x9E3779B97F4A7C15U;
-  for (uint8_t& byte : bytes) {
-    state ^= state << 13;
-    state ^= state >> 7;
-    state ^= state << 17;
-    byte = static_cast<uint8_t>(state >> 32);
-  }
-  return bytes;
-}
-
 std::vector<LoadCase> MakeCases() {
   std::vector<LoadCase> cases;
   for (const char mode : {'B', 'P', 'R', 'S'}) {
@@ -42,6 +29,18 @@ std::vector<LoadCase> MakeCases() {
 }
 
 }  // namespace
+
+Bytes Noise(size_t count) {
+  Bytes bytes(count);
+  uint64_t state = 0x9E3779B97F4A7C15U;
+  for (uint8_t& byte : bytes) {
+    state ^= state << 13;
+    state ^= state >> 7;
+    state ^= state << 17;
+    byte = static_cast<uint8_t>(state >> 32);
+  }
+  return bytes;
+}
 
 BenchFolder::BenchFolder()
     : path_(std::filesystem::temp_directory_path() / ("tavi-bench-" + std::to_string(getpid()))) {

@@ -17,7 +17,7 @@ int32_t DropRow(uint64_t, HostBitmap*, uint8_t* row, uint32_t, int32_t, int32_t,
   return 1;
 }
 
-void Load(benchmark::State& state, const std::wstring& path, uint32_t bits) {
+void Load(benchmark::State& state, const std::wstring& path, uint32_t bits, uint32_t due) {
   for (auto _ : state) {
     uint32_t rows = 0;
     HostLoadFlagsRecord flags{};
@@ -33,7 +33,7 @@ void Load(benchmark::State& state, const std::wstring& path, uint32_t bits) {
     context.set_load_hook = HostSetLoadHook;
     context.third_entry = NeverCalled;
     const int32_t status = fltLoad(&context);
-    if (status != SUCCESS || rows != kSide) {
+    if (status != SUCCESS || rows != due) {
       state.SkipWithError(("status " + std::to_string(status) + ", rows " + std::to_string(rows)).c_str());
       return;
     }
@@ -57,14 +57,24 @@ std::string CopyName(uint32_t load_bits) {
   return "copy/" + std::to_string(load_bits) + " bits";
 }
 
+std::string PageCopyName(uint32_t load_bits) {
+  return "copy/page of " + std::to_string(load_bits) + " bits";
+}
+
+void RegisterLoad(const std::string& name, const std::wstring& path, uint32_t bits, uint32_t rows) {
+  benchmark::RegisterBenchmark(name.c_str(), Load, path, bits, rows)->Unit(benchmark::kMillisecond);
+}
+
 void RegisterLoads(const std::filesystem::path& folder) {
   for (const uint32_t bits : {24U, 8U}) {
     benchmark::RegisterBenchmark(CopyName(bits).c_str(), Copy, size_t{kSide} * kSide * bits / 8)
         ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(PageCopyName(bits).c_str(), Copy,
+                                 size_t{kPageWidth} * kPageHeight * bits / 8)
+        ->Unit(benchmark::kMillisecond);
   }
   for (const LoadCase& load : LoadCases()) {
-    benchmark::RegisterBenchmark(load.name.c_str(), Load, WriteLoadFile(load, folder), load.load_bits)
-        ->Unit(benchmark::kMillisecond);
+    RegisterLoad(load.name, WriteLoadFile(load, folder), load.load_bits, kSide);
   }
 }
 

@@ -15,6 +15,7 @@ using tavi_bench::Times;
 constexpr double kOpenBound = 60;      // microseconds, on a machine that copies kReferenceRate
 constexpr double kReferenceRate = 10;  // bytes in a nanosecond
 constexpr int kOpenCallsBound = 20;
+constexpr double kScanRateBound = 1;  // bytes in a nanosecond
 
 // Keeps the shortest time of each benchmark; the single results go to the file of --benchmark_out.
 class KeepingReporter : public benchmark::BenchmarkReporter {
@@ -55,6 +56,75 @@ bool PrintLoads(const Times& times) {
                 load.bound, pass ? "pass" : "MISS");
   }
   return all_pass;
+}
+
+// 0 when a part of it was not measured.
+double BoundOf(const Times& times, const std::vector<tavi_bench::Term>& terms) {
+  double bound = 0;
+  for (const tavi_bench::Term& term : terms) {
+    const double time = term.of == tavi_bench::kMilliseconds ? 1e6 : TimeOf(times, term.of);
+    if (time == 0) return 0;
+    bound += term.factor * time;
+  }
+  return bound;
+}
+
+bool PrintCoded(const Times& times, const std::vector<tavi_bench::CodedCase>& cases) {
+  bool all_pass = true;
+  std::printf("\n%-38s %9s %9s %7s %7s\n", "against the codec's library alone", "load ms", "floor ms",
+              "ratio", "bound");
+  for (const tavi_bench::CodedCase& load : cases) {
+    const double time = TimeOf(times, load.name);
+    const double floor = TimeOf(times, load.floor);
+    const double bound = BoundOf(times, load.bound);
+    if (time == 0 || floor == 0 || bound == 0) continue;
+    const bool pass = time <= bound;
+    all_pass = all_pass && pass;
+    std::printf("%-38s %9.2f %9.2f %7.2f %7.2f  %s\n", load.name.c_str(), time / 1e6, floor / 1e6,
+                time / floor, bound / floor, pass ? "pass" : "MISS");
+  }
+  return all_pass;
+}
+
+// The whole load counts. What finding the streams takes of it shows beside the same streams found by a mask.
+bool PrintScan(const Times& times) {
+  const double scanned = TimeOf(times, tavi_bench::kScanName);
+  const double masked = TimeOf(times, tavi_bench::kScanMaskName);
+  if (scanned == 0) return true;
+  const double rate = tavi_bench::kScanBytes / scanned;
+  const bool pass = rate >= kScanRateBound;
+  std::printf("\n64 MiB of streams found by scan: %.2f ms, %.2f GB/s, bound %.0f GB/s  %s\n", scanned / 1e6,
+              rate, kScanRateBound, pass ? "pass" : "MISS");
+  if (masked != 0 && scanned > masked) {
+    std::printf("the same streams found by a mask: %.2f ms; the scan alone: %.2f GB/s\n", masked / 1e6,
+                tavi_bench::kScanBytes / (scanned - masked));
+  }
+  return pass;
+}
+
+std::string TextOf(const std::vector<tavi_bench::Term>& terms) {
+  std::string text;
+  for (const tavi_bench::Term& term : terms) {
+    char factor[32];
+    std::snprintf(factor, sizeof factor, "%g", term.factor);
+    text += (text.empty() ? "" : " + ") + std::string(factor) + " * " + term.of;
+  }
+  return text;
+}
+
+// The results' file tells the bounds as well.
+void TellBounds(const std::vector<tavi_bench::CodedCase>& coded, int calls) {
+  const auto tell = [](const std::string& name, const std::vector<tavi_bench::Term>& terms) {
+    benchmark::AddCustomContext("bound of " + name, TextOf(terms));
+  };
+  for (const tavi_bench::LoadCase& load : tavi_bench::LoadCases()) {
+    tell(load.name, {{load.bound, tavi_bench::CopyName(load.load_bits)}});
+  }
+  for (const tavi_bench::CodedCase& load : coded) tell(load.name, load.bound);
+  const double composite = 3.0 * tavi_bench::kSide * tavi_bench::kSide;
+  tell(tavi_bench::kOpenName, {{kOpenBound * 1e3 * kReferenceRate / composite, tavi_bench::CopyName(24)}});
+  benchmark::AddCustomContext("system calls",
+                              std::to_string(calls) + " of " + std::to_string(kOpenCallsBound));
 }
 
 bool PrintOpen(const Times& times, int calls) {
@@ -99,9 +169,15 @@ int main(int argc, char** argv) {
   const int calls = tavi_bench::CountOpenSystemCalls(open_file);
   tavi_bench::RegisterLoads(folder.path());
   tavi_bench::RegisterOpen(open_file);
+  tavi_bench::CodedStreams streams;
+  const std::vector<tavi_bench::CodedCase> coded = tavi_bench::WriteCodedFiles(folder.path(), &streams);
+  tavi_bench::RegisterCoded(coded, streams);
+  TellBounds(coded, calls);
   KeepingReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   const bool loads_pass = PrintLoads(reporter.times);
+  const bool coded_pass = PrintCoded(reporter.times, coded);
+  const bool scan_passes = PrintScan(reporter.times);
   const bool open_passes = PrintOpen(reporter.times, calls);
-  return loads_pass && open_passes && !reporter.failed ? 0 : 1;
+  return loads_pass && coded_pass && scan_passes && open_passes && !reporter.failed ? 0 : 1;
 }

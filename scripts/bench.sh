@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Measures a release build: results as JSON in build-release/bench.json, ratios with their bounds on the screen.
+# scripts/performance_table.py makes docs/performance.md of them.
 # Further arguments go to the benchmark program, such as --benchmark_filter='copy|load'.
 set -euo pipefail
 "$(dirname "$0")/bootstrap.sh"

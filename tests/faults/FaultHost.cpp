@@ -118,6 +118,14 @@ const char* Name(Kind kind) {
       return "CreatePalette";
     case Kind::kAccess:
       return "Access";
+    case Kind::kLoadMemory:
+      return "LoadMemory";
+    case Kind::kIdentify:
+      return "FileInfoMemory";
+    case Kind::kMerge:
+      return "ColorMerge";
+    case Kind::kAttach:
+      return "AttachBitmapData";
   }
   return "unknown";
 }
@@ -265,7 +273,14 @@ uint64_t HostFileRead(int64_t file, void* buffer, uint64_t bytes) {
   }
   const bool falls_short = bytes > 0 && Fails(Kind::kReadShort);
   NEXT(HostFileRead);
-  return next(file, buffer, falls_short ? bytes - 1 : bytes);
+  const uint64_t moved = next(file, buffer, bytes);
+  if (!falls_short || moved == 0) {
+    return moved;
+  }
+  // Some reads ask for more than the file has: what counts as short is a byte less than there is.
+  constexpr int32_t kFromHere = 1;
+  HostFileSeek(file, -1, kFromHere);
+  return moved - 1;
 }
 
 int64_t HostFileSeek(int64_t file, int64_t offset, int32_t origin) {
@@ -339,6 +354,54 @@ void HostPutBitmapColors(HostBitmap* bitmap, uint32_t first, uint32_t count,
                          const HostPaletteEntry* entries) {
   NEXT(HostPutBitmapColors);
   next(bitmap, first, count, entries);
+}
+
+int32_t HostAttachBitmapData(HostBitmap* bitmap, void* buffer, uint64_t size) {
+  if (Fails(Kind::kAttach)) {
+    return ERR_NO_BITMAP;
+  }
+  NEXT(HostAttachBitmapData);
+  return next(bitmap, buffer, size);
+}
+
+void HostLoadOptions(HostLoadFlagsRecord* record, uint64_t record_size) {
+  NEXT(HostLoadOptions);
+  next(record, record_size);
+}
+
+int32_t HostLoadMemory(const void* buffer, HostBitmap* bitmap, uint64_t record_size, uint32_t bits,
+                       uint32_t order, uint64_t size, HostLoadFlagsRecord* options,
+                       HostFileInfo* information) {
+  if (Fails(Kind::kLoadMemory)) {
+    HostFreeBitmap(bitmap);
+    return ERR_FILE_FORMAT;
+  }
+  NEXT(HostLoadMemory);
+  return next(buffer, bitmap, record_size, bits, order, size, options, information);
+}
+
+HostLoadHook HostSetLoadHook(HostLoadHook hook, void* user) {
+  NEXT(HostSetLoadHook);
+  return next(hook, user);
+}
+
+int32_t HostFileInfoMemory(const void* buffer, HostFileInfo* information, uint64_t record_size, uint64_t size,
+                           uint32_t reserved1, uint32_t reserved2) {
+  if (Fails(Kind::kIdentify)) {
+    return ERR_NOT_SUPPORTED;
+  }
+  NEXT(HostFileInfoMemory);
+  return next(buffer, information, record_size, size, reserved1, reserved2);
+}
+
+int32_t HostColorMerge(HostBitmap* destination, HostBitmap* const* bands, uint64_t record_size,
+                       uint32_t flags) {
+  if (Fails(Kind::kMerge)) {
+    HostFreeBitmap(destination);
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostColorMerge);
+  return next(destination, bands, record_size, flags);
 }
 
 HostPaletteEntry* HostDefaultPalette(uint32_t bits) {

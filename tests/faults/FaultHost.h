@@ -17,7 +17,7 @@ enum class Kind : uint8_t {
   kNew,             // operator new of the library: throws, or gives null in its non-throwing forms
   kHostNew,         // operator new inside a host operation
   kOpen,            // HostFileOpen gives -1
-  kReadShort,       // HostFileRead moves one byte less than asked
+  kReadShort,       // HostFileRead moves one byte less than it could
   kReadNothing,     // HostFileRead moves nothing
   kSeek,            // HostFileSeek leaves the position and gives -1
   kCreateBitmap,    // HostCreateBitmap gives ERR_NO_MEMORY and an empty record
@@ -29,13 +29,17 @@ enum class Kind : uint8_t {
   kDefaultPalette,  // HostDefaultPalette gives null
   kCreatePalette,   // HostCreatePalette and HostCreatePaintPalette give null
   kAccess,          // _waccess does not find the file
+  kLoadMemory,      // HostLoadMemory gives ERR_FILE_FORMAT and an empty record
+  kIdentify,        // HostFileInfoMemory gives ERR_NOT_SUPPORTED
+  kMerge,           // HostColorMerge gives ERR_NO_MEMORY and an empty record
+  kAttach,          // HostAttachBitmapData gives ERR_NO_BITMAP
 };
 
 inline constexpr Kind kAllKinds[] = {
-    Kind::kAlloc,       Kind::kNew,    Kind::kHostNew,      Kind::kOpen,           Kind::kReadShort,
-    Kind::kReadNothing, Kind::kSeek,   Kind::kCreateBitmap, Kind::kCreateDc,       Kind::kCombine,
-    Kind::kHistogram,   Kind::kAdjust, Kind::kPaint,        Kind::kDefaultPalette, Kind::kCreatePalette,
-    Kind::kAccess};
+    Kind::kAlloc,       Kind::kNew,        Kind::kHostNew,      Kind::kOpen,           Kind::kReadShort,
+    Kind::kReadNothing, Kind::kSeek,       Kind::kCreateBitmap, Kind::kCreateDc,       Kind::kCombine,
+    Kind::kHistogram,   Kind::kAdjust,     Kind::kPaint,        Kind::kDefaultPalette, Kind::kCreatePalette,
+    Kind::kAccess,      Kind::kLoadMemory, Kind::kIdentify,     Kind::kMerge,          Kind::kAttach};
 
 const char* Name(Kind kind);
 

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 
+#include "CodedFiles.h"
 #include "FaultHost.h"
 #include "HostFixture.h"
 #include "RichFiles.h"
@@ -17,6 +18,17 @@ namespace tavi::faults {
 namespace {
 
 using tavi_test::HostTest;
+
+// Made once: to encode a picture takes longer than to draw it.
+const std::vector<NamedFile>& AllFiles() {
+  static const std::vector<NamedFile> files = [] {
+    std::vector<NamedFile> all = FilesOfEveryKind();
+    const std::vector<NamedFile> coded = CodedFiles();
+    all.insert(all.end(), coded.begin(), coded.end());
+    return all;
+  }();
+  return files;
+}
 
 struct Outcome {
   int32_t status = 0;
@@ -72,15 +84,6 @@ int32_t CountRow(uint64_t, HostBitmap*, uint8_t*, uint32_t, int32_t, int32_t, vo
   return 1;
 }
 
-int32_t RefuseLoad(const void*, HostBitmap*, uint64_t, uint32_t, uint32_t, uint64_t, HostLoadFlagsRecord*,
-                   HostFileInfo*) {
-  return ERR_NOT_SUPPORTED;
-}
-
-HostLoadHook KeepHook(HostLoadHook, void*) {
-  return nullptr;
-}
-
 void NeverCalled() {}
 
 Outcome Load(const wchar_t* path, const Fault* fault) {
@@ -95,8 +98,8 @@ Outcome Load(const wchar_t* path, const Fault* fault) {
   context.row_callback = CountRow;
   context.user = &rows;
   context.load_flags = &flags;
-  context.load_memory = RefuseLoad;
-  context.set_load_hook = KeepHook;
+  context.load_memory = HostLoadMemory;
+  context.set_load_hook = HostSetLoadHook;
   context.third_entry = NeverCalled;
   const Outcome outcome = RunWith(fault, [&] { return fltLoad(&context); });
   EXPECT_EQ(rows > 0, outcome.status == SUCCESS) << "rows are delivered when all is drawn, or not at all";
@@ -137,7 +140,8 @@ bool IsDocumented(int32_t status) {
                                           ERR_NOT_NITF,
                                           ERR_UNSUPPORTED_PVTYPE,
                                           ERR_UNSUPPORTED_CLEVEL,
-                                          ERR_UNSUPPORTED_BPP};
+                                          ERR_UNSUPPORTED_BPP,
+                                          ERR_UNSUPPORTED_COMPRESSION};
   return std::find(std::begin(kStatuses), std::end(kStatuses), status) != std::end(kStatuses);
 }
 
@@ -148,7 +152,7 @@ struct Case {
 
 std::vector<Case> AllCases() {
   std::vector<Case> cases;
-  for (const NamedFile& file : FilesOfEveryKind()) {
+  for (const NamedFile& file : AllFiles()) {
     for (const Operation& operation : kOperations) {
       cases.push_back({file, operation});
     }
@@ -232,7 +236,7 @@ class Reached : public HostTest {};
 TEST_F(Reached, EveryKindOfFaultIsMet) {
   for (const Kind kind : kAllKinds) {
     bool met = false;
-    for (const NamedFile& named : FilesOfEveryKind()) {
+    for (const NamedFile& named : AllFiles()) {
       const std::wstring path = named.file.Build().Write(directory());
       for (const Operation& operation : kOperations) {
         const Fault first{kind, 1, false};
@@ -278,12 +282,13 @@ TEST_F(OpeningFaults, AFileThatIsNotThereIsReported) {
 }
 
 // What a fault while drawing is reported as. One failure may pass: the look for the range of samples is not
-// needed, and of a run of blocks the last one's status counts. A failure that lasts is always reported.
+// needed, and of a run of blocks the last one's status counts. A failure that lasts is always reported. A read
+// that fails in the search for a masked image's last stream leaves an empty stream, which is of no kind.
 class DrawingFaults : public HostTest {
  protected:
   void Expect(Kind kind, int32_t status, bool once_may_pass) {
     bool met = false;
-    for (const NamedFile& named : FilesOfEveryKind()) {
+    for (const NamedFile& named : AllFiles()) {
       const std::wstring path = named.file.Build().Write(directory());
       for (const bool lasting : {false, true}) {
         uint64_t calls = 0;
@@ -291,13 +296,20 @@ class DrawingFaults : public HostTest {
           const Fault fault{kind, ++calls, lasting};
           outcome = Render(path.c_str(), &fault);
           met = met || outcome.happened;
-          if (outcome.happened && !(once_may_pass && !lasting && outcome.status == SUCCESS)) {
+          if (outcome.happened && !(once_may_pass && !lasting && outcome.status == SUCCESS) &&
+              !IsEmptyLastStream(named, kind, outcome.status)) {
             ASSERT_EQ(outcome.status, status) << named.name << ": " << Name(kind) << " at call " << calls;
           }
         }
       }
     }
     EXPECT_TRUE(met);
+  }
+
+ private:
+  static bool IsEmptyLastStream(const NamedFile& named, Kind kind, int32_t status) {
+    return named.name.starts_with("M3Mask") && (kind == Kind::kReadShort || kind == Kind::kReadNothing) &&
+           status == ERR_UNSUPPORTED_COMPRESSION;
   }
 };
 
@@ -323,6 +335,20 @@ TEST_F(DrawingFaults, AnImageThatIsNotPaintedIsReported) {
   Expect(Kind::kPaint, ERR_INVALID_PARAMETER, false);
 }
 
+TEST_F(DrawingFaults, AStreamThatIsNotDecodedIsReported) {
+  Expect(Kind::kLoadMemory, ERR_FILE_FORMAT, false);
+}
+// A stream of unknown kind is left out; the status of its run of blocks is that of the last one.
+TEST_F(DrawingFaults, AStreamThatIsNotIdentifiedIsReported) {
+  Expect(Kind::kIdentify, ERR_UNSUPPORTED_COMPRESSION, true);
+}
+TEST_F(DrawingFaults, BandsThatAreNotMergedAreReported) {
+  Expect(Kind::kMerge, ERR_NO_MEMORY, false);
+}
+TEST_F(DrawingFaults, PixelsThatAreNotAttachedAreReported) {
+  Expect(Kind::kAttach, ERR_NO_BITMAP, false);
+}
+
 // Palettes are a nicety: one that cannot be had leaves the picture without it.
 TEST_F(DrawingFaults, AMissingDefaultPaletteIsNoError) {
   Expect(Kind::kDefaultPalette, SUCCESS, false);
@@ -340,7 +366,7 @@ TEST_F(DrawingFaults, ADisplayListWithoutMemory) {
 
 // Stretching is a nicety: a histogram or a brightening that fails leaves the picture as it is.
 TEST_F(DrawingFaults, ADarkImageThatIsNotStretched) {
-  for (const NamedFile& named : FilesOfEveryKind()) {
+  for (const NamedFile& named : AllFiles()) {
     if (named.name == "Dark") {
       const std::wstring path = named.file.Build().Write(directory());
       for (const Kind kind : {Kind::kHistogram, Kind::kAdjust}) {
@@ -383,8 +409,8 @@ TEST_F(OpeningFaults, ACallbackThatStopsReleasesEverything) {
     context.row_callback = StopAtRow;
     context.user = &stop;
     context.load_flags = &flags;
-    context.load_memory = RefuseLoad;
-    context.set_load_hook = KeepHook;
+    context.load_memory = HostLoadMemory;
+    context.set_load_hook = HostSetLoadHook;
     context.third_entry = NeverCalled;
     const uint64_t alive = HostLiveObjects();
     EXPECT_EQ(fltLoad(&context), -4321);
