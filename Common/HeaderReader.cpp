@@ -33,7 +33,7 @@ int32_t FieldReader::Read(const char* name, int32_t index, int32_t sub_index, vo
   if (consumed_ + size > limit_) return kBudgetSpent;
   consumed_ += size;
   const uint64_t read = HostFileRead(document_.File, to, size);
-  if (document_.Observe != nullptr && name != nullptr) {
+  if (document_.Observe != nullptr && position_ >= 0) {
     document_.Observe(document_.Observer,
                       {kind_, segment_index_, name, index, sub_index, static_cast<uint64_t>(position_),
                        static_cast<const uint8_t*>(to), std::min(read, size)});

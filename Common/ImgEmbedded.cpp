@@ -115,7 +115,9 @@ int32_t LoadStream(FilterLoadContext* context, const uint8_t* stream, uint64_t s
 StreamIdentifier::StreamIdentifier(const SegmentJob& job, uint32_t copies) {
   constexpr uint64_t kFreeShare = 1ULL << 26;  // one large picture more than the segment needs
   const uint64_t area = static_cast<uint64_t>(job.bitmap->width) * job.bitmap->height;
-  allowed_ = kFreeShare + area * copies;
+  // Pixels and the bytes that code them, with room for tiles at the edge and streams of little compression.
+  constexpr uint64_t kShareOfPixel = 8;
+  allowed_ = kFreeShare + area * copies * kShareOfPixel;
 }
 
 int32_t StreamIdentifier::Identify(const StreamBytes& stream) {
@@ -125,7 +127,7 @@ int32_t StreamIdentifier::Identify(const StreamBytes& stream) {
                                              stream.size, 0, 0) != SUCCESS) {
     return ERR_UNSUPPORTED_COMPRESSION;
   }
-  claimed_ += static_cast<uint64_t>(information.width) * information.height;
+  Claim(static_cast<uint64_t>(information.width) * information.height + stream.size);
   const uint32_t format = information.format;
   const bool accepted = std::find(std::begin(kAccepted), std::end(kAccepted), format) != std::end(kAccepted);
   return accepted ? SUCCESS : ERR_UNSUPPORTED_COMPRESSION;

@@ -32,7 +32,8 @@ class StreamIdentifier {
   int32_t Identify(const StreamBytes& stream);
   // Adds pixels that no stream of its own stands for. False when that is too much.
   bool Claim(uint64_t pixels) {
-    claimed_ += pixels;
+    constexpr uint64_t kLeast = 1024;  // the smallest tile costs its time as well
+    claimed_ += pixels > kLeast ? pixels : kLeast;
     return !claims_too_much();
   }
   // Whether the streams so far claim far more pixels than the segment has: many small ones can cost as much

@@ -161,7 +161,9 @@ int RunHeaders(const std::string& path, bool as_json, const std::string& chosen)
                      .c_str());
     return kFailed;
   }
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file;
+  // What is no regular file has nothing to show, and opening it could wait for ever.
+  if (contents.file_size != 0) file.open(path, std::ios::binary);
   const std::vector<const Segment*> segments = ReadSegments(contents, selector);
   if (as_json) {
     WriteJson(path, file, reading, segments);

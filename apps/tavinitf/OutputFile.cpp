@@ -49,6 +49,8 @@ bool ResolveTarget(const std::string& target, std::string& resolved, std::string
     reason = "is a directory";
   } else if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
     reason = "is no regular file";
+  } else if (!std::filesystem::exists(status) && std::filesystem::is_symlink(target, error)) {
+    reason = "is a link to nothing";
   } else {
     const auto canonical = std::filesystem::weakly_canonical(target, error);
     resolved = error ? target : canonical.string();

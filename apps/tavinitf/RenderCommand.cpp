@@ -54,18 +54,29 @@ Failure NotLoaded(const Job& job, const std::wstring& wide, int32_t status) {
   return FailureLine(job.input, "not drawn", ExplainDrawFailure(status, contents), status);
 }
 
-Failure Render(const Job& job, LoadOptions load, std::optional<uint32_t> bits) {
+// A picture never replaces a file that the run reads, under whatever name.
+bool IsInput(const std::string& output, const std::vector<std::string>& inputs) {
+  std::error_code ignored;
+  if (!std::filesystem::exists(output, ignored)) return false;
+  return std::any_of(inputs.begin(), inputs.end(), [&](const std::string& input) {
+    return std::filesystem::equivalent(input, output, ignored);
+  });
+}
+
+Failure Render(const Job& job, const RenderOptions& options) {
+  LoadOptions load = options.load;
   const std::optional<std::wstring> wide = WideFromUtf8(job.input);
   if (!wide) {
     return FailureLine(job.input, "not opened", "its name is not valid UTF-8", ERR_FILE_NOT_FOUND);
   }
   const PictureFormat& format = *FindPictureFormat(job.output);
-  load.bits = bits.value_or(format.grey_only ? 8 : 24);
+  load.bits = options.bits.value_or(format.grey_only ? 8 : 24);
 
   PictureSize size;
   int32_t status = QueryPictureSize(*wide, load, size);
   if (status != SUCCESS) return NotLoaded(job, *wide, status);
 
+  if (IsInput(job.output, options.files)) return NotWritten(job.output, "is a file that is read");
   OutputFile file;
   if (!file.Open(job.output)) return NotWritten(job.output, file.error());
   const std::unique_ptr<PictureWriter> writer = format.make(file);
@@ -98,7 +109,7 @@ class RenderRun {
     for (size_t i = next_++; i < jobs_.size(); i = next_++) {
       Failure failure;
       try {
-        failure = Render(jobs_[i], options_.load, options_.bits);
+        failure = Render(jobs_[i], options_);
       } catch (const std::exception& error) {
         failure = FailureLine(jobs_[i].input, "not drawn", error.what(), ERR_NO_MEMORY);
       }

@@ -199,6 +199,14 @@ class Headers(ToolTest):
             self.assertEqual((listed["size"], sum(len(f["text"]) for s in listed["segments"] for f in s["fields"])), (0, 0))
             self.assertEqual(len(result.stderr.splitlines()), 1)
 
+    def test_what_is_no_regular_file_is_refused_at_once(self):
+        os.mkfifo(self.folder / "pipe.ntf")
+        for path in (self.folder / "pipe.ntf", self.folder):
+            with self.subTest(path=path):
+                result = self.check("headers", path, status=1)
+                self.assertNotIn("FHDR", result.stdout)
+                self.assertEqual(result.stderr.count("\n"), 1)
+
     def test_records_that_are_out_of_order(self):
         found = self.compare_records(FILES / "full.ntf", Segments((FILES / "full.ntf").read_bytes()).found)
         odd = [(r["tag"], r["length"], r["overruns"]) for r in found[0] if r["block"] == "XHD"]

@@ -154,6 +154,25 @@ class Outputs(ToolTest):
         self.assertTrue((self.folder / "link.ppm").is_symlink())
         self.assertEqual(read_picture(self.folder / "real.ppm"), color_picture())
 
+    def test_a_link_to_nothing_is_no_target(self):
+        target = self.folder / "link.png"
+        target.symlink_to(self.folder / "missing" / "real.png")
+        result = self.check("render", FILES / "color.ntf", "-o", target, status=1)
+        self.assertEqual(result.stderr, f"{target}: not written: is a link to nothing [ERR_FILE_WRITE -5]\n")
+        self.assertTrue(target.is_symlink())
+
+    def test_no_file_that_is_read_is_replaced(self):
+        source = self.folder / "in.png"  # a NITF file whatever its name says
+        source.write_bytes((FILES / "color.ntf").read_bytes())
+        before = source.read_bytes()
+        (self.folder / "out").mkdir()
+        (self.folder / "out" / "in.png").symlink_to(source)
+        for arguments in (("-o", source), ("-d", self.folder / "out")):
+            with self.subTest(arguments=arguments):
+                result = self.check("render", source, *arguments, status=1)
+                self.assertIn("not written: is a file that is read [ERR_FILE_WRITE -5]", result.stderr)
+                self.assertEqual(source.read_bytes(), before)
+
     def test_permissions_follow_the_umask(self):
         self.check("render", FILES / "color.ntf", "-o", self.folder / "out.png", umask=0o027)
         self.assertEqual(stat.S_IMODE((self.folder / "out.png").stat().st_mode), 0o640)

@@ -4,6 +4,8 @@
 // behind a subheader of 200 bytes. A pass therefore takes place only for a crafted file: seven digits and a
 // first delimiter at that very place, and a second copy of the delimiter 200 bytes on, behind which the
 // readers take their data.
+#include <cstring>
+
 #include "StrmFHdr.h"
 
 #include <gtest/gtest.h>
@@ -334,6 +336,7 @@ class StreamedOpenTest : public UnitTest {
   static const ImSubHdr& Image(const NitfFile& d, uint32_t index) {
     return *tavi::SubheaderAt(d.Images, index, 2);
   }
+  static void LengthListOfThree(ImSubHdr& record) { ASSERT_TRUE(record.BandRoles.Allocate(3, {})); }
   static Stream Of(const Bytes& data) {
     Stream stream;
     stream.data = data;
@@ -438,6 +441,20 @@ TEST_F(StreamedOpenTest, ImagePassBelowTwoBytesReadsNothing) {
   ASSERT_EQ(Open(d, builder, stream), SUCCESS);
   EXPECT_STREQ(Image(d, 0).Text.IM, "IM");
   EXPECT_EQ(Image(d, 0).Cols, 99999999);
+}
+
+// Such a pass may end behind a count whose bands it never read; no loop may run over bands that are not there.
+TEST_F(StreamedOpenTest, CountWithoutItsBandsIsNotBelieved) {
+  NitfFile d;
+  tavi::ImSubHdr record(&d);
+  record.BandField = 0;
+  for (const char* count : {"-0001", "99999"}) {
+    std::strcpy(record.Text.XBANDS, count);
+    EXPECT_EQ(tavi::EffectiveBandCount(record), 0U) << count;
+    LengthListOfThree(record);
+    EXPECT_EQ(tavi::EffectiveBandCount(record), 3U) << count;
+    record.BandRoles.Release();
+  }
 }
 
 // The result of an image's pass is not examined, unlike that of the file header's.
