@@ -330,10 +330,11 @@ int32_t ReadImageSubHeader(ImSubHdr& record, NitfFile& document, StrmFHdr& strea
 }
 
 uint32_t EffectiveBandCount(const ImSubHdr& record) {
-  if (record.BandField != 0) return record.BandField;
-  // A streaming pass that ends early may leave a count without its bands.
-  const auto extended = static_cast<uint32_t>(NumberOf(record.Text.XBANDS));
-  return static_cast<uint32_t>(std::min<uint64_t>(extended, record.BandRoles.size()));
+  return record.BandField != 0 ? record.BandField : static_cast<uint32_t>(NumberOf(record.Text.XBANDS));
+}
+
+uint32_t KnownBandCount(const ImSubHdr& record) {
+  return static_cast<uint32_t>(std::min<uint64_t>(EffectiveBandCount(record), record.BandRoles.size()));
 }
 
 uint32_t BandRole(const ImSubHdr& record, uint32_t band) {

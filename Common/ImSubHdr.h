@@ -145,6 +145,9 @@ int32_t ReadImageSubHeader(ImSubHdr& record, NitfFile& document, StrmFHdr& strea
 
 // NBANDS, or XBANDS when that is 0: the band count that decoding uses.
 uint32_t EffectiveBandCount(const ImSubHdr& record);
+// The same, but no more than there are band records: a streaming pass that ends early may leave a count without its
+// bands, and no loop may run over those.
+uint32_t KnownBandCount(const ImSubHdr& record);
 // The role of a band; none at or beyond the band count.
 uint32_t BandRole(const ImSubHdr& record, uint32_t band);
 // Replaces the pad pixel code. ERR_NO_MEMORY leaves none.

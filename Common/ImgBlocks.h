@@ -25,7 +25,7 @@ struct SegmentJob {
         bitmap(b),
         data_length(ImageDataLength(d, n)),
         data_start(ImageDataPosition(d, n)),
-        bands(EffectiveBandCount(i)) {}
+        bands(KnownBandCount(i)) {}
 
   // Reads a stretch of the segment's data. False when the file ends inside it, or for an offset before the
   // data.

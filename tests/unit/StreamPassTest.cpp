@@ -450,9 +450,9 @@ TEST_F(StreamedOpenTest, CountWithoutItsBandsIsNotBelieved) {
   record.BandField = 0;
   for (const char* count : {"-0001", "99999"}) {
     std::strcpy(record.Text.XBANDS, count);
-    EXPECT_EQ(tavi::EffectiveBandCount(record), 0U) << count;
+    EXPECT_EQ(tavi::KnownBandCount(record), 0U) << count;
     LengthListOfThree(record);
-    EXPECT_EQ(tavi::EffectiveBandCount(record), 3U) << count;
+    EXPECT_EQ(tavi::KnownBandCount(record), 3U) << count;
     record.BandRoles.Release();
   }
 }
