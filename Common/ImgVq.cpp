@@ -27,16 +27,22 @@ class CodeReader {
   CodeReader(NitfFile& document, uint32_t code_bits) : document_(document), code_bits_(code_bits) {}
   bool Prepare() { return piece_.Allocate(kPiece, Here()); }
 
-  // False when the file ends inside the code.
-  bool Next(uint32_t& code) {
-    while (reservoir.count < code_bits_) {
-      if (used_ == filled_ && !Fill()) return false;
-      reservoir.bits = reservoir.bits << 8 | piece_[used_++];
-      reservoir.count += 8;
+  // The codes of one row. False when the file ends inside one of them.
+  bool ReadRow(HostArray<uint16_t>& codes) {
+    const uint32_t mask = (1U << code_bits_) - 1;
+    uint32_t bits = reservoir.bits;
+    uint32_t count = reservoir.count;
+    uint64_t read = 0;
+    for (; read < codes.size(); ++read) {
+      for (; count < code_bits_ && (used_ != filled_ || Fill()); count += 8)
+        bits = bits << 8 | piece_[used_++];
+      if (count < code_bits_) break;
+      count -= code_bits_;
+      codes[read] = static_cast<uint16_t>(bits >> count & mask);
     }
-    reservoir.count -= code_bits_;
-    code = reservoir.bits >> reservoir.count & ((1U << code_bits_) - 1);
-    return true;
+    reservoir.bits = bits;
+    reservoir.count = count;
+    return read == codes.size();
   }
 
  private:
@@ -149,6 +155,8 @@ class BlockPixels {
   }
 
  private:
+  static constexpr uint64_t kUsualSide = 4;  // kernels of nearly all files are 4 x 4
+
   void Put(uint64_t at, uint8_t value) {
     if (at < pixels_.size()) pixels_[at] = value;
   }
@@ -156,12 +164,20 @@ class BlockPixels {
   // The kernel's width serves for both directions; words beyond the kernel are not stored.
   void StoreBytes(const uint8_t* kernel, uint64_t start, uint64_t bytes_per_pixel) {
     const uint64_t row_bytes = kernel_width_ * bytes_per_pixel;
+    const uint64_t line = block_width_ * bytes_per_pixel;
+    if (row_bytes == kUsualSide && kernel_size_ >= kUsualSide * kUsualSide &&
+        start + (kUsualSide - 1) * line + kUsualSide <= pixels_.size()) {
+      uint8_t* to = pixels_.data() + start;
+      for (uint64_t row = 0; row < kUsualSide; ++row)
+        std::memcpy(to + row * line, kernel + row * kUsualSide, kUsualSide);
+      return;
+    }
     uint64_t at = start;
     for (uint64_t word = 0; word < kernel_size_ && word < row_bytes * kernel_width_; word += row_bytes) {
       const uint64_t stored = std::min<uint64_t>(row_bytes, kernel_size_ - word);
       if (at >= pixels_.size()) return;
       std::memcpy(pixels_.data() + at, kernel + word, std::min(stored, pixels_.size() - at));
-      at += block_width_ * bytes_per_pixel;
+      at += line;
     }
   }
 
@@ -252,7 +268,9 @@ class VqDecoder {
         HostCreateBitmap(tile_.get(), sizeof(HostBitmap), kPixelsAttached, job_.image.BlockWidth,
                          job_.image.BlockHeight, job_.bitmap->bits, 1, job_.image.Lut.data(), 1, nullptr, 0);
     if (status != SUCCESS) return status;
-    if (!pixels_.Prepare(tile_.get()) || !codes_.Prepare()) return ERR_NO_MEMORY;
+    if (!pixels_.Prepare(tile_.get()) || !codes_.Prepare() || !row_.Allocate(header_.codes_per_row, Here())) {
+      return ERR_NO_MEMORY;
+    }
     if (job_.bitmap->bits == 8 && !job_.image.Lut.exists()) GiveDefaultPalettes(tile_.get(), job_.bitmap);
     return SUCCESS;
   }
@@ -260,10 +278,9 @@ class VqDecoder {
   int32_t DecodeBlock(uint64_t block) {
     constexpr uint32_t kReplace = 800;
     for (uint64_t r = 0; r < job_.image.BlockHeight; r += height_) {
-      for (uint64_t i = 0; i < header_.codes_per_row; ++i) {
-        uint32_t code = 0;
-        if (!codes_.Next(code)) return ERR_FILE_READ;
-        pixels_.Store(codebook_->Kernel(code), r, i * height_);
+      if (!codes_.ReadRow(row_)) return ERR_FILE_READ;
+      for (uint64_t i = 0; i < row_.size(); ++i) {
+        pixels_.Store(codebook_->Kernel(row_[i]), r, i * height_);
       }
     }
     int32_t status = HostAttachBitmapData(tile_.get(), pixels_.data(), pixels_.attached_bytes(tile_.get()));
@@ -282,6 +299,7 @@ class VqDecoder {
   uint32_t width_;
   BlockPixels pixels_;
   CodeReader codes_;
+  HostArray<uint16_t> row_;
   std::optional<Codebook> codebook_;
   OwnedBitmap tile_;
 };
