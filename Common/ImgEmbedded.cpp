@@ -146,15 +146,7 @@ void RequestBands(SegmentJob& job, HostLoadFlagsRecord& options) {
 
 int32_t DecodeStreamTiles(FilterLoadContext* context, SegmentJob& job) {
   TileDecoder decoder(context, job);
-  int32_t run_status = SUCCESS;
-  for (uint64_t run = 0; run < job.image.BlocksPerRow; ++run) {
-    for (uint64_t i = 0; i < job.image.BlocksPerColumn; ++i) {
-      const int32_t status = decoder.Decode(run * job.image.BlocksPerColumn + i, run_status);
-      if (status != SUCCESS) return status;
-    }
-    if (run_status != SUCCESS) return run_status;
-  }
-  return SUCCESS;
+  return DecodeRuns(job, decoder);
 }
 
 int32_t DecodeEmbedded(FilterLoadContext* context, SegmentJob& job) {

@@ -20,6 +20,21 @@ int32_t DecodeBandStreams(FilterLoadContext* context, SegmentJob& job);
 inline constexpr uint32_t kComponentsAreRgb = 0x4000;
 inline constexpr uint32_t kTakeChosenBands = 0x8000;
 
+// Calls `decoder.Decode(block, run_status)` for each block. A result but SUCCESS ends the decoding; what a block leaves in
+// the run's status ends it after the run, unless a later block of the same run has succeeded.
+template <class Decoder>
+int32_t DecodeRuns(const SegmentJob& job, Decoder& decoder) {
+  int32_t run_status = SUCCESS;
+  for (uint64_t run = 0; run < job.image.BlocksPerRow; ++run) {
+    for (uint64_t i = 0; i < job.image.BlocksPerColumn; ++i) {
+      const int32_t status = decoder.Decode(run * job.image.BlocksPerColumn + i, run_status);
+      if (status != SUCCESS) return status;
+    }
+    if (run_status != SUCCESS) return run_status;
+  }
+  return SUCCESS;
+}
+
 // The host's load, or the one that the filter context brings.
 int32_t LoadStream(FilterLoadContext* context, const uint8_t* stream, uint64_t size, HostBitmap* bitmap,
                    HostLoadFlagsRecord* options);
