@@ -33,6 +33,13 @@ class CodeReader {
     uint32_t bits = reservoir.bits;
     uint32_t count = reservoir.count;
     uint64_t read = 0;
+    // Pairs of codes of the usual length are three bytes.
+    for (; code_bits_ == 12 && count == 0 && read + 2 <= codes.size() && filled_ - used_ >= 3;
+         read += 2, used_ += 3) {
+      const uint8_t* bytes = piece_.data() + used_;
+      codes[read] = static_cast<uint16_t>(bytes[0] << 4 | bytes[1] >> 4);
+      codes[read + 1] = static_cast<uint16_t>((bytes[1] & 0x0F) << 8 | bytes[2]);
+    }
     for (; read < codes.size(); ++read) {
       for (; count < code_bits_ && (used_ != filled_ || Fill()); count += 8)
         bits = bits << 8 | piece_[used_++];
