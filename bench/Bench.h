@@ -89,6 +89,18 @@ void RegisterLoad(const std::string& name, const std::wstring& path, uint32_t bi
 void RegisterLoads(const std::filesystem::path& folder);
 void RegisterOpen(const std::wstring& path);
 
+inline constexpr const char* kSaveName = "save/one image of 50 MiB";
+inline constexpr const char* kFileCopyName = "copy/file of 50 MiB in pieces of 1 MiB";
+std::filesystem::path WriteSaveFile(const std::filesystem::path& folder);
+void RegisterSave(const std::filesystem::path& source);
+// Bytes that a save adds to the peak memory of a process with the document open, or -1 where that is not told.
+int64_t MeasureSaveMemory(const std::filesystem::path& source);
+
+// 100,000 lines painted at kSide x kSide, and the same lines stroked by the drawing library alone.
+inline constexpr const char* kStrokesName = "floor/Cairo, 100,000 strokes";
+inline constexpr const char* kPaintVectorName = "paint/vector of 100,000 lines";
+void RegisterVector();
+
 // How many system calls opening the file takes, or -1 where a process may not watch another.
 int CountOpenSystemCalls(const std::wstring& path);
 

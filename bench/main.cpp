@@ -10,11 +10,16 @@
 
 namespace {
 
+using tavi_bench::kFileCopyName;
+using tavi_bench::kSaveName;
 using tavi_bench::Times;
 
 constexpr double kOpenBound = 60;      // microseconds, on a machine that copies kReferenceRate
 constexpr double kReferenceRate = 10;  // bytes in a nanosecond
 constexpr int kOpenCallsBound = 20;
+constexpr double kSaveBound = 1.5;  // times the copy of the file
+constexpr int64_t kSaveMemoryBound = int64_t{32} << 20;
+constexpr double kVectorBound = 1.5;  // times the bare strokes
 constexpr double kScanRateBound = 1;  // bytes in a nanosecond
 
 // Keeps the shortest time of each benchmark; the single results go to the file of --benchmark_out.
@@ -123,6 +128,8 @@ void TellBounds(const std::vector<tavi_bench::CodedCase>& coded, int calls) {
   for (const tavi_bench::CodedCase& load : coded) tell(load.name, load.bound);
   const double composite = 3.0 * tavi_bench::kSide * tavi_bench::kSide;
   tell(tavi_bench::kOpenName, {{kOpenBound * 1e3 * kReferenceRate / composite, tavi_bench::CopyName(24)}});
+  tell(tavi_bench::kPaintVectorName, {{kVectorBound, tavi_bench::kStrokesName}});
+  tell(tavi_bench::kSaveName, {{kSaveBound, tavi_bench::kFileCopyName}});
   benchmark::AddCustomContext("system calls",
                               std::to_string(calls) + " of " + std::to_string(kOpenCallsBound));
 }
@@ -151,6 +158,36 @@ bool PrintOpen(const Times& times, int calls) {
   return all_pass;
 }
 
+bool PrintVector(const Times& times) {
+  const double time = TimeOf(times, tavi_bench::kPaintVectorName);
+  const double floor = TimeOf(times, tavi_bench::kStrokesName);
+  if (time == 0 || floor == 0) return true;
+  const bool pass = time / floor <= kVectorBound;
+  std::printf("\npaint, 100,000 lines: %.1f ms; bare strokes: %.1f ms; ratio %.2f, bound %.1f  %s\n",
+              time / 1e6, floor / 1e6, time / floor, kVectorBound, pass ? "pass" : "MISS");
+  return pass;
+}
+
+bool PrintSave(const Times& times, int64_t memory) {
+  const double time = TimeOf(times, kSaveName);
+  const double copy = TimeOf(times, kFileCopyName);
+  bool all_pass = true;
+  if (time != 0 && copy != 0) {
+    all_pass = time / copy <= kSaveBound;
+    std::printf("\nsave, 50 MiB: %.1f ms; copied in pieces of 1 MiB: %.1f ms; ratio %.2f, bound %.1f  %s\n",
+                time / 1e6, copy / 1e6, time / copy, kSaveBound, all_pass ? "pass" : "MISS");
+  }
+  if (memory < 0) {
+    std::puts("save, 50 MiB: memory could not be measured here");
+  } else {
+    const bool pass = memory <= kSaveMemoryBound;
+    all_pass = all_pass && pass;
+    std::printf("save, 50 MiB: %.1f MiB of memory, bound 32 MiB  %s\n",
+                static_cast<double>(memory) / (1 << 20), pass ? "pass" : "MISS");
+  }
+  return all_pass;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -167,8 +204,12 @@ int main(int argc, char** argv) {
 
   const std::wstring open_file = tavi_bench::WriteOpenFile(folder.path());
   const int calls = tavi_bench::CountOpenSystemCalls(open_file);
+  const std::filesystem::path save_file = tavi_bench::WriteSaveFile(folder.path());
+  const int64_t save_memory = tavi_bench::MeasureSaveMemory(save_file);
   tavi_bench::RegisterLoads(folder.path());
+  tavi_bench::RegisterSave(save_file);
   tavi_bench::RegisterOpen(open_file);
+  tavi_bench::RegisterVector();
   tavi_bench::CodedStreams streams;
   const std::vector<tavi_bench::CodedCase> coded = tavi_bench::WriteCodedFiles(folder.path(), &streams);
   tavi_bench::RegisterCoded(coded, streams);
@@ -179,5 +220,8 @@ int main(int argc, char** argv) {
   const bool coded_pass = PrintCoded(reporter.times, coded);
   const bool scan_passes = PrintScan(reporter.times);
   const bool open_passes = PrintOpen(reporter.times, calls);
-  return loads_pass && coded_pass && scan_passes && open_passes && !reporter.failed ? 0 : 1;
+  const bool saves_pass = PrintSave(reporter.times, save_memory);
+  const bool vectors_pass = PrintVector(reporter.times);
+  const bool all_pass = loads_pass && coded_pass && scan_passes && open_passes && saves_pass && vectors_pass;
+  return all_pass && !reporter.failed ? 0 : 1;
 }

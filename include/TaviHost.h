@@ -144,6 +144,160 @@ TAVI_STATIC_ASSERT(offsetof(HostFileInfo, memory_size) == 1052);
 TAVI_STATIC_ASSERT(offsetof(HostFileInfo, host1100) == 1100);
 TAVI_STATIC_ASSERT(offsetof(HostFileInfo, host1104) == 1104);
 
+/* Save options, 1909 bytes, byte-packed, filled by HostSaveOptions. */
+#pragma pack(push, 1)
+typedef struct HostSaveOptionsRecord {
+  uint32_t size; /* 1909 */
+  uint8_t host4[1901];
+  uint8_t flags1905; /* bit 0 is set by callers for every save; this host has no use for it */
+  uint8_t host1906[3];
+} HostSaveOptionsRecord;
+#pragma pack(pop)
+
+TAVI_STATIC_ASSERT(sizeof(HostSaveOptionsRecord) == 1909);
+TAVI_STATIC_ASSERT(offsetof(HostSaveOptionsRecord, flags1905) == 1905);
+
+/*
+ * The host's vector drawing record, 1024 bytes. Zeroed bytes are a valid empty record. The two words are set by
+ * hand around HostVecInit; this host carries them along without use. A drawing belongs to one record: records are
+ * duplicated with HostVecCopy, and freed with HostVecFree when HostVecIsEmpty returns 0.
+ */
+typedef struct HostVector {
+  uint8_t host0[844];
+  uint32_t word844; /* 32768, set behind HostVecInit */
+  uint8_t host848[128];
+  uint64_t word976; /* 8194, set before HostVecInit */
+  uint8_t host984[40];
+} HostVector;
+
+TAVI_STATIC_ASSERT(sizeof(HostVector) == 1024);
+TAVI_STATIC_ASSERT(offsetof(HostVector, word844) == 844);
+TAVI_STATIC_ASSERT(offsetof(HostVector, word976) == 976);
+
+/* A layer to add: 144 bytes. */
+typedef struct ObjectLayerRecord {
+  uint32_t size;     /* 144 */
+  uint16_t name[64]; /* UTF-16 units, terminated */
+  uint32_t word132;  /* 1 */
+  uint32_t word136;  /* 0 */
+  uint32_t word140;  /* 0 */
+} ObjectLayerRecord;
+
+TAVI_STATIC_ASSERT(sizeof(ObjectLayerRecord) == 144);
+TAVI_STATIC_ASSERT(offsetof(ObjectLayerRecord, name) == 4);
+TAVI_STATIC_ASSERT(offsetof(ObjectLayerRecord, word132) == 132);
+
+/* Names a layer of one vector. */
+typedef struct HostVectorLayer {
+  uint32_t index;
+  uint32_t reserved;
+} HostVectorLayer;
+
+/* The objects that HostVecAddObject takes. 64-bit members stand on 4-byte places. */
+#pragma pack(push, 4)
+typedef struct VectorPoint {
+  double x;
+  double y;
+  double z;
+  uint32_t word24; /* 0 */
+} VectorPoint;
+
+typedef struct PenRecord {
+  uint32_t size;   /* 68 */
+  uint32_t style;  /* 0 solid, 1 dashed, 2 dotted, 3 dash-dot, 4 dash-dot-dot, 5 none */
+  uint32_t width;  /* units; 0 is the thinnest line there is */
+  uint32_t word12; /* 0 */
+  uint32_t color;  /* 0x00BBGGRR */
+  uint8_t host20[48];
+} PenRecord;
+
+typedef struct BrushRecord {
+  uint32_t size;  /* 220 */
+  uint32_t style; /* 0 none: the area stays open (the default), 1 solid, 2 hatched */
+  uint32_t color; /* 0x00BBGGRR */
+  uint32_t hatch; /* 1 horizontal, 2 vertical, 3 rising, 4 falling, 5 cross, 6 diagonal cross */
+  uint8_t host16[12];
+  uint8_t zero28[16]; /* zero */
+  uint8_t host44[176];
+} BrushRecord;
+
+enum VectorObjectKind { VECTOR_LINE = 2, VECTOR_RECTANGLE = 3, VECTOR_POLYGON = 6, VECTOR_ELLIPSE = 7 };
+
+#define VECTOR_OBJECT_HEAD                  \
+  uint32_t size; /* of the kind's record */ \
+  uint32_t kind;                            \
+  uint8_t host8[24]
+
+typedef struct VectorLineRecord { /* 156 bytes */
+  VECTOR_OBJECT_HEAD;
+  VectorPoint first;
+  VectorPoint second;
+  PenRecord pen;
+} VectorLineRecord;
+
+typedef struct VectorRectangleRecord { /* 376 bytes */
+  VECTOR_OBJECT_HEAD;
+  VectorPoint corner;
+  VectorPoint opposite;
+  PenRecord pen;
+  BrushRecord brush;
+} VectorRectangleRecord;
+
+typedef struct VectorPolygonRecord { /* 336 bytes */
+  VECTOR_OBJECT_HEAD;
+  const VectorPoint* points; /* the caller's; copied */
+  uint32_t count;
+  PenRecord pen;
+  BrushRecord brush;
+  uint32_t word332;
+} VectorPolygonRecord;
+
+typedef struct VectorEllipseRecord { /* 364 bytes */
+  VECTOR_OBJECT_HEAD;
+  VectorPoint centre;
+  PenRecord pen;
+  BrushRecord brush;
+  double radius_x;
+  double radius_y;
+} VectorEllipseRecord;
+
+/* Any of them; HostVecInitObject fills all of its bytes. */
+typedef union VectorObjectRecord {
+  struct {
+    VECTOR_OBJECT_HEAD;
+  } head;
+  VectorLineRecord line;
+  VectorRectangleRecord rectangle;
+  VectorPolygonRecord polygon;
+  VectorEllipseRecord ellipse;
+} VectorObjectRecord;
+#pragma pack(pop)
+
+TAVI_STATIC_ASSERT(sizeof(VectorPoint) == 28);
+TAVI_STATIC_ASSERT(sizeof(PenRecord) == 68);
+TAVI_STATIC_ASSERT(sizeof(BrushRecord) == 220);
+TAVI_STATIC_ASSERT(offsetof(BrushRecord, zero28) == 28);
+TAVI_STATIC_ASSERT(sizeof(VectorLineRecord) == 156);
+TAVI_STATIC_ASSERT(offsetof(VectorLineRecord, first) == 32);
+TAVI_STATIC_ASSERT(offsetof(VectorLineRecord, second) == 60);
+TAVI_STATIC_ASSERT(offsetof(VectorLineRecord, pen) == 88);
+TAVI_STATIC_ASSERT(sizeof(VectorRectangleRecord) == 376);
+TAVI_STATIC_ASSERT(offsetof(VectorRectangleRecord, pen) == 88);
+TAVI_STATIC_ASSERT(offsetof(VectorRectangleRecord, brush) == 156);
+TAVI_STATIC_ASSERT(sizeof(VectorPolygonRecord) == 336);
+TAVI_STATIC_ASSERT(offsetof(VectorPolygonRecord, points) == 32);
+TAVI_STATIC_ASSERT(offsetof(VectorPolygonRecord, count) == 40);
+TAVI_STATIC_ASSERT(offsetof(VectorPolygonRecord, pen) == 44);
+TAVI_STATIC_ASSERT(offsetof(VectorPolygonRecord, brush) == 112);
+TAVI_STATIC_ASSERT(sizeof(VectorEllipseRecord) == 364);
+TAVI_STATIC_ASSERT(offsetof(VectorEllipseRecord, pen) == 60);
+TAVI_STATIC_ASSERT(offsetof(VectorEllipseRecord, brush) == 128);
+TAVI_STATIC_ASSERT(offsetof(VectorEllipseRecord, radius_x) == 348);
+TAVI_STATIC_ASSERT(offsetof(VectorEllipseRecord, radius_y) == 356);
+
+/* A block of memory as HostSaveMemory and HostVecSaveMemory return it; GlobalLock yields its bytes. */
+typedef struct HostGlobalMemoryObject* HostGlobalMemory;
+
 /* A surface that painting goes to, and a palette object. Both opaque, owned by whoever asked for them. */
 typedef struct HostDrawingContextObject* HostDrawingContext;
 typedef struct HostPaletteObject* HostPalette;
@@ -302,6 +456,39 @@ TAVI_HOST_API HostLoadHook HostSetLoadHook(HostLoadHook hook, void* user);
  */
 TAVI_HOST_API int32_t HostFileInfoMemory(const void* buffer, HostFileInfo* information, uint64_t record_size,
                                          uint64_t size, uint32_t reserved1, uint32_t reserved2);
+/* Fills a save options record (record_size is 1909) with the defaults. */
+TAVI_HOST_API void HostSaveOptions(HostSaveOptionsRecord* record, uint64_t record_size);
+/*
+ * Encodes a bitmap as a JPEG stream into a new global memory block, which the caller releases with HostGlobalFree.
+ * `format` 10: YCbCr, chroma subsampled; 182: RGB as it is (Adobe marker, transform 0). `bits` 8 is a grey picture,
+ * 24 a colour one, whatever depth the bitmap has. `quality_factor` 2 is the best, 255 the coarsest. The picture's
+ * sense is kept: the stream begins with its top row. `options` may be null.
+ * Status: ERR_NULL_ARGUMENT for a null pointer; ERR_NO_BITMAP for a record without pixels; ERR_NOT_SUPPORTED for
+ * another format, or sides above 65,500 pixels; ERR_INVALID_BPP; ERR_INVALID_QFACTOR; ERR_NO_MEMORY. A failure leaves
+ * `block` null and `size` 0.
+ */
+TAVI_HOST_API int32_t HostSaveMemory(HostGlobalMemory* block, const HostBitmap* bitmap, uint32_t format,
+                                     uint32_t bits, int32_t quality_factor, uint64_t* size,
+                                     const HostSaveOptionsRecord* options);
+/* Releases a block of HostSaveMemory or HostVecSaveMemory; null does nothing. */
+TAVI_HOST_API void HostGlobalFree(HostGlobalMemory block, int32_t line, const wchar_t* unit);
+/*
+ * Reads a binary CGM of `size` bytes into the vector, which must be initialised or zeroed and empty. `options` may be
+ * null and is not looked at; the last argument is 0. Elements that make no sense lose themselves only.
+ * Status: ERR_NULL_ARGUMENT for a null vector; ERR_FILE_FORMAT for null or empty data, data that are no CGM, or a
+ * broken structure; ERR_NO_MEMORY when memory is short or a picture asks for more than its bytes justify. When a load
+ * fails the vector stays empty.
+ */
+TAVI_HOST_API int32_t HostVecLoadMemory(const void* data, HostVector* vector, uint64_t size,
+                                        HostLoadFlagsRecord* options, uint32_t reserved);
+/*
+ * Writes the drawing as a binary CGM of version 1 (format 62) into a new global memory block, which the caller releases
+ * with HostGlobalFree. Coordinates are whole pixels, y downward; the drawing's bounds are mapped to the viewport when
+ * one was set. `options` may be null. Status: ERR_NULL_ARGUMENT; ERR_INVALID_VECTOR for an empty vector;
+ * ERR_NOT_SUPPORTED for another format; ERR_NO_MEMORY. A failure leaves `block` null and `size` 0.
+ */
+TAVI_HOST_API int32_t HostVecSaveMemory(HostGlobalMemory* block, const HostVector* vector, uint32_t format,
+                                        uint64_t* size, const HostSaveOptionsRecord* options);
 /* The codec libraries in use, such as "libtiff 4.5.0": static texts, null past the last. */
 TAVI_HOST_API const char* HostCodecVersion(uint32_t index);
 
@@ -361,6 +548,66 @@ TAVI_HOST_API int32_t HostPaintBitmapKeyed(HostDrawingContext context, const Hos
                                            uint32_t reserved6, uint32_t reserved7, uint32_t transparent,
                                            uint32_t reserved8, uint32_t reserved9, uint32_t operation);
 
+/* ---- Vector drawings (TaviVector) --------------------------------------------------------------------- */
+
+/*
+ * A drawing lives in a space with x to the right and y upward; a raster row is -y. Objects are painted in the order in
+ * which they were added.
+ */
+
+/* Makes the record an empty vector: white back colour, no viewport. Does not look at what it holds: free that first. */
+TAVI_HOST_API void HostVecInit(HostVector* vector);
+/* 0 when the vector holds a drawing (a layer, an object or a loaded picture), else 1. */
+TAVI_HOST_API int32_t HostVecIsEmpty(const HostVector* vector);
+/* Releases the drawing; the record is empty then and can be initialised or filled again. */
+TAVI_HOST_API void HostVecFree(HostVector* vector);
+/* Fills all bytes of the record with defaults: a solid black pen one unit wide, no brush. */
+TAVI_HOST_API void HostVecInitObject(VectorObjectRecord* object);
+/* Adds a layer and yields its handle; `flags` is 4. Status: ERR_NULL_ARGUMENT, ERR_INVALID_PARAMETER for another
+   record size, ERR_NO_MEMORY. */
+TAVI_HOST_API int32_t HostVecAddLayer(HostVector* vector, const ObjectLayerRecord* record,
+                                      HostVectorLayer* layer, uint32_t flags);
+/* New objects go to this layer. Status: ERR_NULL_ARGUMENT, ERR_INVALID_PARAMETER for a layer that is not there. */
+TAVI_HOST_API int32_t HostVecSetActiveLayer(HostVector* vector, const HostVectorLayer* layer);
+/* Adds a copy of the object, which is of the kind given (VectorObjectKind); the record's own size and kind must agree.
+   The reserved arguments are 0. Status: ERR_NULL_ARGUMENT; ERR_INVALID_PARAMETER for another kind or size, or a
+   coordinate that is no number; ERR_NO_MEMORY. */
+TAVI_HOST_API int32_t HostVecAddObject(HostVector* vector, uint32_t reserved1, uint32_t kind,
+                                       const VectorObjectRecord* object, uint32_t reserved2);
+/* The drawing's rectangle in raster rows, outwards to whole pixels, empty for an empty vector. Status:
+   ERR_NULL_ARGUMENT. */
+TAVI_HOST_API int32_t HostVecGetBounds(const HostVector* vector, uint32_t reserved1, HostRect* bounds,
+                                       uint32_t reserved2);
+/* The smallest and the largest x, y, z that the drawing covers: half the widths of its strokes, markers and text boxes
+   counted. All 0 for an empty drawing. Status: ERR_NULL_ARGUMENT. */
+TAVI_HOST_API int32_t HostVecGetExtents(const HostVector* vector, double smallest[3], double largest[3]);
+/* The colour used where the drawing asks for its background. */
+TAVI_HOST_API void HostVecSetBackColor(HostVector* vector, uint32_t color);
+/* Called once before a loaded picture is painted; `flags` is 1. This host needs no preparation. */
+TAVI_HOST_API void HostVecPrepare(HostVector* vector, uint32_t flags);
+/*
+ * Paints the drawing into the context's bitmap: its bounds (HostVecGetExtents) mapped to the rectangle, mirrored where
+ * that runs backwards. A rectangle with an empty side paints one unit to a pixel, the origin at left and top. Only
+ * what the drawing draws is touched. `width` and `height` and the reserved arguments are not looked at.
+ * Status: ERR_NULL_ARGUMENT; ERR_INVALID_PARAMETER for a dead context; ERR_NO_BITMAP; ERR_NO_MEMORY. An empty vector
+ * paints nothing and succeeds.
+ */
+TAVI_HOST_API int32_t HostVecPaint(HostDrawingContext context, HostVector* vector, int32_t width,
+                                   int32_t height, uint32_t reserved1, uint32_t reserved2,
+                                   const HostRect* rectangle, uint32_t reserved3, uint32_t reserved4);
+/* Notes a translation, which HostVecApplyTransform carries out on the drawing and forgets. */
+TAVI_HOST_API void HostVecTranslate(HostVector* vector, const VectorPoint* by, uint32_t reserved1,
+                                    uint32_t reserved2);
+TAVI_HOST_API void HostVecApplyTransform(HostVector* vector);
+/* The rectangle, in raster rows, that the drawing's bounds map to when it is written as CGM. */
+TAVI_HOST_API void HostVecSetViewport(HostVector* vector, const HostRect* rectangle);
+/* Views are computed when they are asked for: these two have nothing to do here. */
+TAVI_HOST_API void HostVecRefreshView(HostVector* vector);
+TAVI_HOST_API void HostVecResetView(HostVector* vector);
+/* Copies the drawing and its settings into an initialised empty vector; nothing is shared. `flags` is 0. Status:
+   ERR_NULL_ARGUMENT, ERR_INVALID_VECTOR for an empty source, ERR_NO_MEMORY. */
+TAVI_HOST_API int32_t HostVecCopy(HostVector* target, const HostVector* source, uint32_t flags);
+
 /* ---- Platform ------------------------------------------------------------------------------------------ */
 
 #if !defined(_WIN32)
@@ -369,6 +616,22 @@ TAVI_HOST_API int32_t SetRect(HostRect* rect, int32_t left, int32_t top, int32_t
 /* Selects a palette into a context and returns the one that was selected; `background` is 0. */
 TAVI_HOST_API HostPalette SelectPalette(HostDrawingContext context, HostPalette palette, int32_t background);
 TAVI_HOST_API uint32_t RealizePalette(HostDrawingContext context);
+/* Saves the context's text state (colours and mode) and returns its number, from 1 on; puts the state of that number
+   back and forgets it and later ones. 0: no such context or state. */
+TAVI_HOST_API int32_t SaveDC(HostDrawingContext context);
+TAVI_HOST_API int32_t RestoreDC(HostDrawingContext context, int32_t state);
+/* Colour of texts (black at first), colour of the boxes behind them (white), and whether those are painted: mode 1
+   transparent, 2 opaque (at first). Each returns the former value. */
+TAVI_HOST_API uint32_t SetTextColor(HostDrawingContext context, uint32_t color);
+TAVI_HOST_API uint32_t SetBkColor(HostDrawingContext context, uint32_t color);
+TAVI_HOST_API int32_t SetBkMode(HostDrawingContext context, int32_t mode);
+/* Writes `length` characters (Latin-1) in a sans-serif font of 16 pixels, the upper left corner of the first cell at x,
+   y. Returns 1, or 0 when it could not. */
+TAVI_HOST_API int32_t TextOutA(HostDrawingContext context, int32_t x, int32_t y, const char* text,
+                               int32_t length);
+/* The bytes of a global memory block, valid until GlobalUnlock; null for a block that is not there. */
+TAVI_HOST_API void* GlobalLock(HostGlobalMemory block);
+TAVI_HOST_API int32_t GlobalUnlock(HostGlobalMemory block);
 /* Shows a message: goes to the sink of HostSetMessageSink, or as "caption: text" to standard error.
  * Returns 1. */
 TAVI_HOST_API int32_t MessageBoxA(void* owner, const char* text, const char* caption, uint32_t flags);
@@ -385,6 +648,14 @@ typedef void (*HostDebugSink)(const char* text, void* user);
 /* Where messages and debug strings go, for the whole process; null puts the default back. */
 TAVI_HOST_API void HostSetMessageSink(HostMessageSink sink, void* user);
 TAVI_HOST_API void HostSetDebugSink(HostDebugSink sink, void* user);
+
+/*
+ * Writes the drawing as a picture file into a new global memory block: kind 1 SVG, 2 PNG, 3 PDF, one unit to a pixel (or
+ * 1/72 inch), the size that of its bounds; a PNG is transparent where nothing is drawn, and scaled down when a side
+ * would exceed 8192 pixels. Released with HostGlobalFree. Status as HostVecSaveMemory.
+ */
+TAVI_HOST_API int32_t HostVecExport(HostGlobalMemory* block, const HostVector* vector, uint32_t kind,
+                                    uint64_t* size);
 
 /* The largest pixel memory, in bytes, that one bitmap may take; larger ones are refused with ERR_NO_MEMORY.
    The default is 2 GiB (a 24-bit picture of 26,000 x 26,000): a file of a few hundred bytes can claim far

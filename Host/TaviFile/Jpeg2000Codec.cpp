@@ -28,16 +28,38 @@ using ImageOwner = std::unique_ptr<opj_image_t, ImageDeleter>;
 
 // ---- The stream in memory
 
+// The stream, but for four bytes of it: the length of a tile-part that claims more than there is.
 struct MemorySource {
   Bytes bytes;
   uint64_t at = 0;
+  uint64_t replaced_at = 0;  // 0: nothing is
+  std::array<uint8_t, 4> replacement{};
+
+  void CopyTo(uint8_t* buffer, uint64_t count) const {
+    std::memcpy(buffer, bytes.data() + at, count);
+    for (uint64_t i = 0; replaced_at != 0 && i < replacement.size(); ++i) {
+      const uint64_t place = replaced_at + i;
+      if (place >= at && place - at < count) buffer[place - at] = replacement[i];
+    }
+  }
 };
+
+MemorySource SourceOf(const Jpeg2000Stream& picture, Bytes stream) {
+  MemorySource source{picture.is_jp2 ? stream : picture.codestream};
+  if (picture.overrun_at == 0) return source;
+  source.replaced_at =
+      static_cast<uint64_t>(picture.codestream.data() - source.bytes.data()) + picture.overrun_at;
+  for (uint32_t i = 0; i < 4; ++i) {
+    source.replacement[i] = static_cast<uint8_t>(picture.overrun_left >> (24 - 8 * i));
+  }
+  return source;
+}
 
 OPJ_SIZE_T ReadSource(void* buffer, OPJ_SIZE_T size, void* user) {
   auto* const source = static_cast<MemorySource*>(user);
   const OPJ_SIZE_T count = std::min<OPJ_SIZE_T>(size, source->bytes.size() - source->at);
   if (count == 0) return static_cast<OPJ_SIZE_T>(-1);  // the library's sign for the end
-  std::memcpy(buffer, source->bytes.data() + source->at, count);
+  source->CopyTo(static_cast<uint8_t*>(buffer), count);
   source->at += count;
   return count;
 }
@@ -110,7 +132,7 @@ uint64_t HeldSamples(const Jpeg2000Stream& picture, const Selection& selection) 
 
 int32_t DecodeImage(const Jpeg2000Stream& picture, Bytes stream, const Selection& selection,
                     ImageOwner* image) {
-  MemorySource source{picture.is_jp2 ? stream : picture.codestream};
+  MemorySource source = SourceOf(picture, stream);
   const StreamOwner reader = OpenSource(&source);
   const CodecOwner codec(opj_create_decompress(picture.is_jp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
   if (reader == nullptr || codec == nullptr) return ERR_NO_MEMORY;

@@ -21,13 +21,16 @@ constexpr uint32_t BoxType(const char (&name)[5]) {
   return type;
 }
 
-// What a decoder makes for each tile, packet and code-block that a stream announces, before it looks at data,
-// may cost far more than the stream. A whole stream has more bytes than any of them; one that was cut short
-// has a free share.
-constexpr uint64_t kTileComponentsForNothing = uint64_t{1} << 14;
-constexpr uint64_t kPrecinctsForNothing = uint64_t{1} << 19;
-constexpr uint64_t kPacketsForNothing = uint64_t{1} << 21;
-constexpr uint64_t kBlocksForNothing = uint64_t{1} << 20;
+// What the decoder takes for each thing that a stream announces, before it looks at data, in bytes as measured.
+// A packet takes time rather than memory: as much as it takes to make so many bytes of the others.
+constexpr uint64_t kTileCost = 10240;
+constexpr uint64_t kTileComponentCost = 1152;
+constexpr uint64_t kPrecinctCost = 768;
+constexpr uint64_t kBlockCost = 384;
+constexpr uint64_t kSampleCost = 5;
+constexpr uint64_t kPacketCost = 64;
+// Above this nothing is added up any more; far from overflow, and more than any stream may cost.
+constexpr uint64_t kMostThings = uint64_t{1} << 46;
 
 class Reader {
  public:
@@ -167,6 +170,11 @@ void ReadCodingParameters(Reader* reader, Jpeg2000Stream* picture) {
       part.Number(2);
       part_start = at;
       part_size = part.Number(4);
+      const uint64_t left = reader->left() + (reader->at() - at);
+      if (part_size > left && picture->overrun_at == 0) {
+        picture->overrun_at = at + 6;  // behind the marker, its length and the tile's number
+        picture->overrun_left = static_cast<uint32_t>(left);
+      }
     }
     ReadMarker(marker, segment, picture);
   }
@@ -239,6 +247,21 @@ uint64_t CountPrecincts(const Jpeg2000Stream& picture) {
   return of_tiles + (picture.coded_samples >> picture.precinct_log) * 2;
 }
 
+// Each product is of factors below 2^46 and 2^17: none overflows.
+uint64_t Cost(uint64_t count, uint64_t cost) {
+  return std::min(count, kMostThings) * cost;
+}
+
+// Tiles, precincts and code-blocks are made for components that are left out as well.
+uint64_t EstimateMemory(const Jpeg2000Stream& picture, uint64_t samples) {
+  const uint64_t precincts = std::min(CountPrecincts(picture), kMostThings);
+  // A code-block lies within its precinct, which halves for the bands of a resolution.
+  const uint32_t block_log = std::min(picture.block_log, std::max(picture.precinct_log, 2u) - 2);
+  return Cost(picture.tiles, kTileCost) + Cost(picture.tiles * picture.components, kTileComponentCost) +
+         Cost(precincts, kPrecinctCost) + Cost(precincts * picture.layers, kPacketCost) +
+         Cost(picture.coded_samples >> block_log, kBlockCost) + Cost(samples, kSampleCost);
+}
+
 }  // namespace
 
 int32_t ReadJpeg2000Header(Bytes stream, Jpeg2000Stream* picture) noexcept {
@@ -252,20 +275,14 @@ int32_t ReadJpeg2000Header(Bytes stream, Jpeg2000Stream* picture) noexcept {
 }
 
 int32_t CheckJpeg2000Claim(const Jpeg2000Stream& picture, uint64_t samples) noexcept {
-  const uint64_t bytes = picture.codestream.size();
   if (picture.tiles > 65535) return ERR_FILE_FORMAT;
-  // The bitmap, and the decoder's picture of four bytes a sample, which may take as much again.
+  // The decoder's own picture, of four bytes a sample, may be no larger than a bitmap either.
+  constexpr uint64_t kDecoderBytes = 4;
   int32_t status = CheckClaim(picture.width, picture.height, 1, picture.precision <= 8 ? 1 : 2);
-  if (status == SUCCESS && samples > HostGetBitmapLimit() / 2) status = ERR_NO_MEMORY;
+  if (status == SUCCESS && samples > HostGetBitmapLimit() / kDecoderBytes) status = ERR_NO_MEMORY;
   if (status != SUCCESS) return status;
-  // Tiles, precincts and code-blocks are made for components that are left out as well.
-  const uint64_t precincts = CountPrecincts(picture);
-  const bool fits = kJpeg2000Credit.Covers(samples, bytes) &&
-                    picture.tiles * picture.components <= kTileComponentsForNothing + bytes &&
-                    precincts <= kPrecinctsForNothing + bytes &&
-                    precincts <= (kPacketsForNothing + 4 * bytes) / picture.layers &&
-                    picture.coded_samples >> picture.block_log <= kBlocksForNothing + bytes;
-  return fits ? SUCCESS : ERR_FILE_FORMAT;
+  const bool plausible = kJpeg2000Credit.Covers(EstimateMemory(picture, samples), picture.codestream.size());
+  return plausible ? SUCCESS : ERR_FILE_FORMAT;
 }
 
 }  // namespace tavi::host

@@ -23,8 +23,11 @@ using namespace tavi::host;
 HostDrawingContext HostCreateBitmapDC(HostBitmap* bitmap) {
   BitmapPart part;
   if (!IsValid(bitmap, &part) || part.pixels == nullptr) return nullptr;
-  auto* const context = new (std::nothrow) HostDrawingContextObject{kContextMagic, bitmap, nullptr, 0};
-  if (context != nullptr) NoteMade(LiveKind::kContext, context, {});
+  auto* const context = new (std::nothrow) HostDrawingContextObject;
+  if (context == nullptr) return nullptr;
+  context->magic = kContextMagic;
+  context->bitmap = bitmap;
+  NoteMade(LiveKind::kContext, context, {});
   return context;
 }
 

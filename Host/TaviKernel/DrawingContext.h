@@ -1,15 +1,33 @@
 // What a HostDrawingContext points to.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "TaviHost.h"
 
+namespace tavi::host {
+
+// How texts are written.
+struct TextState {
+  uint32_t color = 0x00000000;
+  uint32_t box_color = 0x00FFFFFF;
+  bool opaque = true;  // whether the boxes behind texts are painted
+};
+
+// As many states as a context saves; callers nest a few.
+inline constexpr uint32_t kSavedStates = 64;
+
+}  // namespace tavi::host
+
 struct HostDrawingContextObject {
-  uint64_t magic;
-  HostBitmap* bitmap;
-  HostPalette selected;
-  uint32_t selected_count;  // entries of the selected palette, which its owner may have deleted since
+  uint64_t magic = 0;
+  HostBitmap* bitmap = nullptr;
+  HostPalette selected = nullptr;
+  uint32_t selected_count = 0;  // entries of the selected palette, which its owner may have deleted since
+  tavi::host::TextState text;
+  uint32_t saved_count = 0;
+  std::array<tavi::host::TextState, tavi::host::kSavedStates> saved;
 };
 
 namespace tavi::host {

@@ -1,5 +1,6 @@
 #include "TaviKernel/Expand.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -81,6 +82,64 @@ void Expansion::ApplyTable(const uint8_t* indices, uint64_t count, uint8_t* out)
     out[3 * i + 1] = static_cast<uint8_t>(color >> 8);
     out[3 * i + 2] = static_cast<uint8_t>(color >> 16);
   }
+}
+
+BitExpansion::BitExpansion(Color8 zero, Color8 one, uint32_t size) noexcept
+    : size_(size), stride_(8 * size_) {
+  const auto put = [size](Color8 color, uint8_t* out) {
+    for (uint32_t i = 0; i < size; ++i) out[i] = static_cast<uint8_t>(color >> (8 * i));
+  };
+  for (uint32_t byte = 0; byte < 256; ++byte) {
+    for (uint32_t i = 0; i < 8; ++i) {
+      put((byte >> (7 - i) & 1) != 0 ? one : zero, table_.data() + byte * stride_ + i * size_);
+    }
+  }
+  for (uint64_t i = 0; i < 8 * kWord; ++i) {
+    put(zero, plain_[0].data() + i * size_);
+    put(one, plain_[1].data() + i * size_);
+  }
+}
+
+// Pages are mostly of one colour over long stretches: those are stored in few wide pieces.
+template <uint64_t kSize>
+void BitExpansion::ApplyBytes(const uint8_t* bytes, uint64_t count, uint8_t* out) const noexcept {
+  constexpr uint64_t kStride = 8 * kSize;
+  uint64_t i = 0;
+  for (; i + kWord <= count; i += kWord) {
+    uint64_t word;
+    std::memcpy(&word, bytes + i, sizeof word);
+    uint8_t* const to = out + i * kStride;
+    if (word == 0 || word == UINT64_MAX) {
+      std::memcpy(to, plain_[word & 1].data(), kWord * kStride);
+      continue;
+    }
+    for (uint64_t k = 0; k < kWord; ++k) {
+      std::memcpy(to + k * kStride, table_.data() + bytes[i + k] * kStride, kStride);
+    }
+  }
+  for (; i < count; ++i) std::memcpy(out + i * kStride, table_.data() + bytes[i] * kStride, kStride);
+}
+
+void BitExpansion::ApplyPart(uint8_t byte, uint64_t first, uint64_t count, uint8_t* out) const noexcept {
+  std::memcpy(out, table_.data() + byte * stride_ + first * size_, count * size_);
+}
+
+void BitExpansion::Apply(const uint8_t* row, uint64_t x, uint64_t count, uint8_t* out) const noexcept {
+  row += x / 8;
+  x %= 8;
+  if (x != 0 && count != 0) {
+    const uint64_t head = std::min(8 - x, count);
+    ApplyPart(*row++, x, head, out);
+    out += head * size_;
+    count -= head;
+  }
+  const uint64_t whole = count / 8;
+  if (size_ == 1) {
+    ApplyBytes<1>(row, whole, out);
+  } else {
+    ApplyBytes<3>(row, whole, out);
+  }
+  if (count % 8 != 0) ApplyPart(row[whole], 0, count % 8, out + whole * stride_);
 }
 
 }  // namespace tavi::host

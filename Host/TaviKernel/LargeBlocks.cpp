@@ -58,13 +58,18 @@ class KeptBlocks {
       munmap(blocks_[0].bytes, blocks_[0].size);
       Remove(0);
     }
+#if defined(MADV_FREE)
+    if (kept_ + block.size > kHeldBytes) madvise(block.bytes, block.size, MADV_FREE);
+#endif
     block.zeroed = false;
     blocks_[count_++] = block;
     kept_ += block.size;
   }
 
  private:
-  static constexpr uint64_t kKeptBytes = uint64_t{64} << 20;
+  static constexpr uint64_t kKeptBytes = uint64_t{256} << 20;
+  // Pages of what is kept beyond are the system's when it needs them.
+  static constexpr uint64_t kHeldBytes = uint64_t{64} << 20;
 
   void Remove(size_t index) {
     kept_ -= blocks_[index].size;

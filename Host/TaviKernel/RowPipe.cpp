@@ -64,22 +64,35 @@ RowPipe::Path RowPipe::ChoosePath() const noexcept {
   const bool indexed = source_.layout == Layout::kIndexed;
   const bool grey = source_.layout == Layout::kGrey12 || source_.layout == Layout::kGrey16;
   const bool plain_grey = grey && source_.palette_count == 0 && source_.significant_bits == 16;
+  const bool whole_bytes = destination_.layout == Layout::kColor24 ||
+                           (destination_.layout == Layout::kIndexed && destination_.bits == 8);
+  if (indexed && source_.bits == 1 && whole_bytes) return Path::kBits;
   if (destination_.layout == Layout::kColor24 && (indexed || plain_grey)) return Path::kExpand;
   if (destination_.layout == Layout::kIndexed && indexed) return Path::kTranslate;
   return by_color;
 }
 
+// A colour as the bytes of a pixel of 24 bits, the lowest first.
+Color8 RowPipe::PixelOf(Color8 color) const noexcept {
+  return destination_.red_first ? Exchanged(color) : color;
+}
+
 void RowPipe::PrepareTables() noexcept {
-  if (path_ == Path::kTranslate) {
+  const std::array<Color8, kPaletteEntries>& colors = reader_.colors();
+  if ((path_ == Path::kTranslate || path_ == Path::kBits) && destination_.layout == Layout::kIndexed) {
     PaletteMatcher matcher(destination_.palette, destination_.palette_count, destination_.bits);
-    for (uint32_t i = 0; i < source_.palette_count; ++i) translation_[i] = matcher.Match(reader_.colors()[i]);
+    for (uint32_t i = 0; i < source_.palette_count; ++i) translation_[i] = matcher.Match(colors[i]);
+  }
+  if (path_ == Path::kBits && destination_.layout == Layout::kIndexed) {
+    bits_ = BitExpansion(translation_[0], translation_[1], 1);
+  } else if (path_ == Path::kBits) {
+    bits_ = BitExpansion(PixelOf(colors[0]), PixelOf(colors[1]), 3);
   } else if (path_ == Path::kExpand) {
-    std::array<Color8, kPaletteEntries> colors{};
+    std::array<Color8, kPaletteEntries> pixels{};
     for (uint32_t i = 0; i < kPaletteEntries; ++i) {
-      const Color8 color = source_.layout == Layout::kIndexed ? reader_.colors()[i] : MakeColor8(i, i, i);
-      colors[i] = destination_.red_first ? Exchanged(color) : color;
+      pixels[i] = PixelOf(source_.layout == Layout::kIndexed ? colors[i] : MakeColor8(i, i, i));
     }
-    expansion_ = Expansion(colors);
+    expansion_ = Expansion(pixels);
   }
 }
 
@@ -135,6 +148,9 @@ void RowPipe::MoveRun(const uint8_t* source_row, uint8_t* destination_row, uint3
   switch (path_) {
     case Path::kCopy:
       Copy(source_row, destination_row, source, destination, count);
+      return;
+    case Path::kBits:
+      bits_.Apply(source_row, source, count, destination_row + uint64_t{destination} * destination_.bits / 8);
       return;
     case Path::kExpand:
       Expand(source_row, destination_row, source, destination, count);

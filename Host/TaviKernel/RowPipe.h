@@ -27,10 +27,11 @@ class RowPipe {
   void Move(const uint8_t* source_row, uint8_t* destination_row, const Columns& columns) noexcept;
 
  private:
-  enum class Path : uint8_t { kCopy, kExpand, kTranslate, kColors8, kColors16 };
+  enum class Path : uint8_t { kCopy, kBits, kExpand, kTranslate, kColors8, kColors16 };
 
   Path ChoosePath() const noexcept;
   bool SameBytes() const noexcept;
+  Color8 PixelOf(Color8 color) const noexcept;
   void PrepareTables() noexcept;
   void MoveRun(const uint8_t* source_row, uint8_t* destination_row, uint32_t source, uint32_t destination,
                uint32_t count) noexcept;
@@ -66,9 +67,10 @@ class RowPipe {
   bool has_key_;
   Color8 key_;
   Path path_;
+  BitExpansion bits_;    // of kBits
   Expansion expansion_;  // of kExpand
-  std::array<uint8_t, kPaletteEntries>
-      translation_{};  // of kTranslate: the destination's index for each index
+  // Of kTranslate and kBits: the destination's index for each index.
+  std::array<uint8_t, kPaletteEntries> translation_{};
 };
 
 }  // namespace tavi::host

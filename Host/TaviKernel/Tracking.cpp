@@ -23,7 +23,8 @@ constexpr bool kKeepOrigins = true;
 #endif
 
 constexpr std::array<const char*, kLiveKinds> kKindNames = {
-    "memory block", "temporary block", "palette", "drawing context", "bitmap", "open file", "tracked object"};
+    "memory block",   "temporary block",     "palette",       "drawing context", "bitmap", "open file",
+    "vector drawing", "global memory block", "tracked object"};
 
 std::array<std::atomic<uint64_t>, kLiveKinds> g_counts{};
 

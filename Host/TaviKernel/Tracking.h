@@ -5,8 +5,18 @@
 
 namespace tavi::host {
 
-enum class LiveKind : uint8_t { kMemory, kTemp, kPalette, kContext, kBitmap, kFile, kTracked };
-inline constexpr int kLiveKinds = 7;
+enum class LiveKind : uint8_t {
+  kMemory,
+  kTemp,
+  kPalette,
+  kContext,
+  kBitmap,
+  kFile,
+  kVector,
+  kGlobal,
+  kTracked
+};
+inline constexpr int kLiveKinds = 9;
 
 // The caller's source line and unit, as the operations receive them.
 struct Origin {

@@ -49,6 +49,59 @@ LAYOUT(HostFileInfo, memory_size, 1052, 8);
 LAYOUT(HostFileInfo, host1100, 1100, 4);
 LAYOUT(HostFileInfo, host1104, 1104, 4);
 
+_Static_assert(sizeof(HostSaveOptionsRecord) == 1909, "save options are 1909 bytes");
+LAYOUT(HostSaveOptionsRecord, size, 0, 4);
+LAYOUT(HostSaveOptionsRecord, flags1905, 1905, 1);
+
+_Static_assert(sizeof(HostVector) == 1024, "vector records are 1024 bytes");
+LAYOUT(HostVector, word844, 844, 4);
+LAYOUT(HostVector, word976, 976, 8);
+
+_Static_assert(sizeof(ObjectLayerRecord) == 144, "layer records are 144 bytes");
+LAYOUT(ObjectLayerRecord, size, 0, 4);
+LAYOUT(ObjectLayerRecord, name, 4, 128);
+LAYOUT(ObjectLayerRecord, word132, 132, 4);
+LAYOUT(ObjectLayerRecord, word136, 136, 4);
+LAYOUT(ObjectLayerRecord, word140, 140, 4);
+
+_Static_assert(sizeof(VectorPoint) == 28, "points are 28 bytes");
+LAYOUT(VectorPoint, x, 0, 8);
+LAYOUT(VectorPoint, y, 8, 8);
+LAYOUT(VectorPoint, z, 16, 8);
+LAYOUT(VectorPoint, word24, 24, 4);
+
+_Static_assert(sizeof(PenRecord) == 68 && sizeof(BrushRecord) == 220, "pens and brushes");
+LAYOUT(PenRecord, size, 0, 4);
+LAYOUT(PenRecord, style, 4, 4);
+LAYOUT(PenRecord, width, 8, 4);
+LAYOUT(PenRecord, word12, 12, 4);
+LAYOUT(PenRecord, color, 16, 4);
+LAYOUT(BrushRecord, size, 0, 4);
+LAYOUT(BrushRecord, zero28, 28, 16);
+
+_Static_assert(sizeof(VectorLineRecord) == 156 && sizeof(VectorRectangleRecord) == 376, "objects");
+_Static_assert(sizeof(VectorPolygonRecord) == 336 && sizeof(VectorEllipseRecord) == 364, "objects");
+LAYOUT(VectorLineRecord, size, 0, 4);
+LAYOUT(VectorLineRecord, kind, 4, 4);
+LAYOUT(VectorLineRecord, first, 32, 28);
+LAYOUT(VectorLineRecord, second, 60, 28);
+LAYOUT(VectorLineRecord, pen, 88, 68);
+LAYOUT(VectorRectangleRecord, corner, 32, 28);
+LAYOUT(VectorRectangleRecord, opposite, 60, 28);
+LAYOUT(VectorRectangleRecord, pen, 88, 68);
+LAYOUT(VectorRectangleRecord, brush, 156, 220);
+LAYOUT(VectorPolygonRecord, points, 32, 8);
+LAYOUT(VectorPolygonRecord, count, 40, 4);
+LAYOUT(VectorPolygonRecord, pen, 44, 68);
+LAYOUT(VectorPolygonRecord, brush, 112, 220);
+LAYOUT(VectorEllipseRecord, centre, 32, 28);
+LAYOUT(VectorEllipseRecord, pen, 60, 68);
+LAYOUT(VectorEllipseRecord, brush, 128, 220);
+LAYOUT(VectorEllipseRecord, radius_x, 348, 8);
+LAYOUT(VectorEllipseRecord, radius_y, 356, 8);
+_Static_assert(VECTOR_LINE == 2 && VECTOR_RECTANGLE == 3 && VECTOR_POLYGON == 6 && VECTOR_ELLIPSE == 7,
+               "kinds");
+
 LAYOUT(FilterInfoContext, file_name, 0, 8);
 LAYOUT(FilterInfoContext, file, 12, 8);
 LAYOUT(FilterInfoContext, info, 20, 8);
@@ -109,8 +162,35 @@ static void the_filter_refuses_to_save(void) {
   }
 }
 
+static void draw_a_line_and_write_it(void) {
+  HostVector vector;
+  memset(&vector, 0xA5, sizeof vector);
+  vector.word976 = 8194;
+  HostVecInit(&vector);
+  vector.word844 = 32768;
+  expect(HostVecIsEmpty(&vector) == 1, "a new vector is empty");
+  VectorObjectRecord object;
+  HostVecInitObject(&object);
+  object.line.size = sizeof object.line;
+  object.line.kind = VECTOR_LINE;
+  object.line.second.x = 10;
+  expect(HostVecAddObject(&vector, 0, VECTOR_LINE, &object, 0) == SUCCESS, "a line is added");
+  expect(HostVecIsEmpty(&vector) == 0, "it is a drawing then");
+  HostSaveOptionsRecord options;
+  HostSaveOptions(&options, sizeof options);
+  HostGlobalMemory block = NULL;
+  uint64_t size = 0;
+  expect(HostVecSaveMemory(&block, &vector, 62, &size, &options) == SUCCESS, "it is written");
+  const unsigned char* const bytes = GlobalLock(block);
+  expect(bytes != NULL && size > 2 && (bytes[1] & 0xE0) == 0x20, "as a metafile");
+  GlobalUnlock(block);
+  HostGlobalFree(block, __LINE__, NULL);
+  HostVecFree(&vector);
+}
+
 int main(void) {
   const uint64_t alive = HostLiveObjects();
+  draw_a_line_and_write_it();
   make_and_destroy_a_document();
   the_filter_refuses_to_save();
   expect(HostLiveObjects() == alive, "nothing is left alive");

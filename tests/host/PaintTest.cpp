@@ -107,6 +107,32 @@ TEST_F(PaintTest, EqualPalettesKeepTheIndices) {
   EXPECT_EQ(RawPixels(target), RawPixels(source));
 }
 
+// Long stretches of one colour, noise, and both within a row, cut on either side.
+TEST_F(PaintTest, PagesOfOneBitAtEveryOffset) {
+  constexpr uint32_t kWidth = 333;
+  for (const uint32_t to : {8u, 24u}) {
+    for (const uint32_t order : {0u, 1u}) {
+      Bitmap source(kWidth, 6, 1);
+      SetColorfulPalette(&source, 5 + order);
+      FillWithNoise(&source, to);
+      const size_t line = source->bytes_per_line;
+      source.SetRow(0, std::vector<uint8_t>(line, 0x00));
+      source.SetRow(1, std::vector<uint8_t>(line, 0xFF));
+      std::vector<uint8_t> mixed(line, 0xFF);
+      for (size_t i = 11; i < 29; ++i) mixed[i] = 0;
+      mixed[4] = 0x7F;
+      source.SetRow(2, mixed);
+      for (int32_t x = -25; x <= 17; ++x) {
+        Bitmap target(320, 7, to, order);
+        if (to == 8) SetColorfulPalette(&target, 77);
+        FillWithNoise(&target, 3);
+        CheckPaint({&target, &source, {x, 1, x + int32_t{kWidth}, 7}}, nullptr,
+                   Name(target, source) + " at " + std::to_string(x));
+      }
+    }
+  }
+}
+
 TEST_F(PaintTest, BothPerspectivesOnBoth) {
   for (const uint32_t perspectives : {0x11u, 0x14u, 0x41u, 0x44u}) {
     for (const uint32_t bits : {1u, 8u, 24u}) {
