@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "SaveFields.h"
 #include "SubHeaderReader.h"
 
 namespace tavi {
@@ -46,6 +47,15 @@ int32_t CheckClass(R&, const Field& field) {
   return accepted ? SUCCESS : ERR_FILE_FORMAT;
 }
 
+// Written as a text: cut at its first NUL and moved to the right end, with zeros in front.
+int32_t WriteUserSubheader(const R& record, FieldWriter& writer, uint32_t, uint32_t) {
+  const int32_t length = NumberOf(record.Text.DESSHL);
+  if (length <= 0) return SUCCESS;
+  const char* text =
+      record.UserSubheader.exists() ? reinterpret_cast<const char*>(record.UserSubheader.data()) : "";
+  return writer.Write(text, static_cast<uint32_t>(length), Fill::kZero);
+}
+
 constexpr FieldRow<R> kRows[] = {
     TEXT(DE, 2).Must("DE", ERR_FILE_FORMAT).Then(MarkSignature),
     TEXT(DESID, 25),
@@ -55,7 +65,9 @@ constexpr FieldRow<R> kRows[] = {
     TEXT(DESOFLW, 6).When(HasOverflowFields),
     TEXT(DESITEM, 3).When(HasOverflowFields),
     TEXT(DESSHL, 4),
-    FieldRow<R>::Block("DESSHF", &R::UserSubheader, UserSubheaderLength).When(HasUserSubheader),
+    FieldRow<R>::Block("DESSHF", &R::UserSubheader, UserSubheaderLength)
+        .When(HasUserSubheader)
+        .WrittenBy(WriteUserSubheader),
 };
 
 }  // namespace

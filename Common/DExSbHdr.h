@@ -16,6 +16,8 @@ struct DExSbHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kNul;
   static constexpr Start kDowngradeStart = Start::kNul;
+  static constexpr Fill kFill = Fill::kZero;
+  static constexpr Fill kDowngradeFill = Fill::kZero;
 
   uint32_t SignatureSeen = 0;
   struct Texts {

@@ -4,7 +4,10 @@
 #include <bitset>
 #include <utility>
 
+#include "GraphicDrawing.h"
 #include "HandlImg.h"
+#include "LabelDrawing.h"
+#include "Limits.h"
 
 namespace tavi {
 
@@ -118,6 +121,10 @@ struct Extent {
   uint32_t height = 0;
 };
 
+uint64_t GridPixels(const ImSubHdr& image) {
+  return uint64_t{image.BlockWidth * image.BlocksPerRow} * (image.BlockHeight * image.BlocksPerColumn);
+}
+
 Extent ImageExtent(const ImSubHdr& image, const Offset& offset) {
   const auto add = [](uint32_t size, int32_t a, int32_t b) {
     return size + static_cast<uint32_t>(a) + static_cast<uint32_t>(b);
@@ -169,7 +176,7 @@ int32_t CompositeSize(NitfFile& document, uint32_t& width, uint32_t& height) {
   };
   if (document.FixedCanvas != 0) return yield(kCanvas, kCanvas);
   HostArray<DisplayEntry> list;
-  const int32_t status = BuildDisplayList(list, document);
+  int32_t status = BuildDisplayList(list, document);
   if (status != SUCCESS) return status;
   if (DrawableCount(document) == 0 && document.TextCount >= 1) return yield(kTextsOnly, kTextsOnly);
   // Labels without an image make a composite of one pixel, whatever graphics there are. That is kept.
@@ -183,7 +190,8 @@ int32_t CompositeSize(NitfFile& document, uint32_t& width, uint32_t& height) {
     if (list[i].Kind == kDisplayImage) {
       extent = ImageExtent(*SubheaderAt(document.Images, list[i].Index, document.ImageCount), offset);
     } else if (list[i].Kind == kDisplayGraphic) {
-      return ERR_NOT_SUPPORTED;  // the extent of a graphic: not built yet
+      status = GraphicExtent(document, list[i].Index, offset.row, offset.column, extent.width, extent.height);
+      if (status != SUCCESS) return status;
     }
     most.width = std::max(most.width, extent.width);
     most.height = std::max(most.height, extent.height);
@@ -199,12 +207,23 @@ int32_t DrawObjects(FilterLoadContext* context, HostDrawingContext dc, NitfFile&
   HostArray<DisplayEntry> list;
   int32_t status = BuildDisplayList(list, document);
   const AttachmentWalk walk(document);
+  DrawBudget budget(static_cast<uint64_t>(std::max<int64_t>(document.SourceSize, 0)));
   for (uint64_t i = 0; status == SUCCESS && i < list.size(); ++i) {
     const Offset offset = walk.AccumulateAttachment(list[i]);
-    if (list[i].Kind == kDisplayImage) {
-      status = DrawImageSegment(context, dc, document, list[i].Index, offset.row, offset.column);
-    } else {
-      status = ERR_NOT_SUPPORTED;  // graphics and labels: not built yet
+    switch (list[i].Kind) {
+      case kDisplayImage:
+        if (!budget.Take(GridPixels(*SubheaderAt(document.Images, list[i].Index, document.ImageCount))))
+          return ERR_FILE_FORMAT;
+        status = DrawImageSegment(context, dc, document, list[i].Index, offset.row, offset.column);
+        break;
+      case kDisplayGraphic:
+        status = DrawGraphicSegment(context, dc, document, list[i].Index, offset.row, offset.column);
+        break;
+      case kDisplayLabel:
+        status = DrawLabelSegment(dc, document, list[i].Index, offset.row, offset.column);
+        break;
+      default:
+        break;
     }
   }
   return status;

@@ -1,8 +1,10 @@
 // The graphic subheader.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <type_traits>
 
 #include "HeaderLayout.h"
 
@@ -14,9 +16,12 @@ struct GrSubHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kBlank;
   static constexpr Start kDowngradeStart = Start::kBlank;
+  static constexpr Fill kFill = Fill::kBlank;
+  static constexpr Fill kDowngradeFill = Fill::kBlank;
 
   explicit GrSubHdr(NitfFile* document);
 
+  OwnedVector Vector;                    // the segment's drawing, as the last draw loaded or built it
   HostArray<uint8_t> GraphicDataBuffer;  // drawing held in memory in place of the source's
   uint32_t GraphicDataInMemory = 0;
   uint32_t SignatureSeen = 0;
@@ -45,6 +50,9 @@ struct GrSubHdr {
   NitfFile* Owner = nullptr;
   uint32_t SegmentIndex = 0;
 };
+
+// The drawing stands at the head of the record.
+static_assert(std::is_standard_layout_v<GrSubHdr> && offsetof(GrSubHdr, Vector) == 0);
 
 std::span<const FieldRow<GrSubHdr>> GraphicRows();
 

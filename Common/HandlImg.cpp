@@ -122,22 +122,11 @@ int32_t PaintSegmentBitmap(HostDrawingContext dc, HostBitmap* bitmap, const ImSu
   HostRect place;
   SetRect(&place, left, top, WrapAdd(left, width), WrapAdd(top, height));
 
-  constexpr int32_t kTrackedHandle = 3;
-  const OwnedPalette palette(HostCreatePaintPalette(dc, bitmap), Here());
-  const bool selected = palette.get() != nullptr;
-  if (selected) HostTrackAdd(kTrackedHandle, palette.get(), Here().line, Here().unit);
-  HostPalette before = selected ? SelectPalette(dc, palette.get(), 0) : nullptr;
-  RealizePalette(dc);
-  const int32_t status =
-      image.PadCode.exists()
-          ? HostPaintBitmapKeyed(dc, bitmap, nullptr, nullptr, &place, nullptr, 1000, 1, 1, 1, 1, 1, 1, 1,
-                                 TransparentColour(bitmap, image), 0, 0, kSourceCopy)
-          : HostPaintBitmap(dc, bitmap, nullptr, nullptr, &place, nullptr, kSourceCopy);
-  if (selected) {
-    SelectPalette(dc, before, 0);
-    HostTrackRemove(kTrackedHandle, palette.get(), Here().line, Here().unit);
-  }
-  return status;
+  const PaintPalette selected(dc, bitmap, Here());
+  if (!image.PadCode.exists())
+    return HostPaintBitmap(dc, bitmap, nullptr, nullptr, &place, nullptr, kSourceCopy);
+  return HostPaintBitmapKeyed(dc, bitmap, nullptr, nullptr, &place, nullptr, 1000, 1, 1, 1, 1, 1, 1, 1,
+                              TransparentColour(bitmap, image), 0, 0, kSourceCopy);
 }
 
 }  // namespace tavi

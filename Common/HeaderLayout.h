@@ -13,6 +13,21 @@
 //     TEXT(ISDWNG, kAbsent, 6)                    in the 2.0 layout only
 //     TEXT(IGEOLO, 60).When(HasCorners)           present by a rule that looks at the fields before it
 //
+// The writer (SaveFields.h) walks the same rows: it completes a text with what its record's kFill says and takes
+// it from the buffer, or from the working list of a table of lengths. What it takes from elsewhere, or leaves out
+// or adds, is a named rule of the row as well:
+//
+//     TEXT(NROWS, 8).Number(&R::Rows).WrittenFromNumber()
+//     TEXT(HL, 6)….WrittenAs(WorkingHeaderLength)      the text by a rule; null repeats the text before it
+//     TEXT(FBKGC, 3)….WrittenBy(WriteBackground)       bytes that are no text
+//
+// The setters (HeaderSetter.h) walk them too. A text takes the whole buffer, a number goes into the digits and into
+// the numbers beside them, a text with codes is taken only if it has one. What a field's setter does otherwise is
+// named in its row:
+//
+//     TEXT(NICOM, 1).Number(&R::CommentCount).SetsDigitsOnly()
+//     TEXT(IC, 2)….SetBy(SetIc)
+//
 // To add a repeated group: state its columns in a table of their own and name it with Repeat(…). To add a
 // block of bytes whose length stands in a field: Block(…). What no column expresses is a named function in
 // the row (Then, Own), never a branch in the walk. The mistake to avoid: a presence rule can only rely on
@@ -27,6 +42,8 @@
 #include "HostObjects.h"
 #include "TaviStatus.h"
 #include "Utility.h"
+
+struct NitfFile;
 
 namespace tavi {
 
@@ -57,7 +74,11 @@ enum class Start : uint8_t {
   kOpenBlank,  // blanks to the last byte
 };
 
+// What completes a text that is shorter than its field: zeros before it, or blanks behind it.
+enum class Fill : uint8_t { kZero, kBlank };
+
 class FieldReader;
+class FieldWriter;
 
 template <class Record>
 struct FieldRow {
@@ -114,6 +135,21 @@ struct FieldRow {
 
   // Reads itself.
   int32_t (*own)(R&, FieldReader&, uint32_t index) = nullptr;
+
+  // How it is written, where that is not the stored text.
+  Fill fill = R::kFill;
+  bool from_number = false;
+  const char* (*text_rule)(const R&, FieldWriter&, uint32_t index) = nullptr;
+  int32_t (*write)(const R&, FieldWriter&, uint32_t index, uint32_t width) = nullptr;
+  bool (*written)(const R&, Layout) = nullptr;  // null: as `present`
+  uint32_t (*written_count)(const R&, const NitfFile&) = nullptr;
+
+  // How it is set, where the kind of its value does not say all.
+  int32_t (*set_text)(R&, const FieldRow&, const char* text) = nullptr;
+  int32_t (*set_number)(R&, const FieldRow&, uint32_t value) = nullptr;
+  int32_t (*set_pair)(R&, const FieldRow&, int32_t first, int32_t second) = nullptr;
+  bool set_digits_only = false;  // the numbers stay as they are
+  bool set_first_only = false;   // of two lists
 
   // ---- How rows are written. Each of these returns the row with one column filled. ----
 
@@ -192,6 +228,39 @@ struct FieldRow {
   constexpr FieldRow Then(int32_t (*what)(R&, const Field&)) const {
     return With([&](FieldRow& row) { row.then = what; });
   }
+  constexpr FieldRow SetBy(int32_t (*rule)(R&, const FieldRow&, const char*)) const {
+    return With([&](FieldRow& row) { row.set_text = rule; });
+  }
+  constexpr FieldRow SetBy(int32_t (*rule)(R&, const FieldRow&, uint32_t)) const {
+    return With([&](FieldRow& row) { row.set_number = rule; });
+  }
+  constexpr FieldRow SetBy(int32_t (*rule)(R&, const FieldRow&, int32_t, int32_t)) const {
+    return With([&](FieldRow& row) { row.set_pair = rule; });
+  }
+  constexpr FieldRow SetsDigitsOnly() const {
+    return With([](FieldRow& row) { row.set_digits_only = true; });
+  }
+  constexpr FieldRow SetsFirstListOnly() const {
+    return With([](FieldRow& row) { row.set_first_only = true; });
+  }
+  constexpr FieldRow Filled(Fill with) const {
+    return With([&](FieldRow& row) { row.fill = with; });
+  }
+  constexpr FieldRow WrittenFromNumber() const {
+    return Filled(Fill::kZero).With([](FieldRow& row) { row.from_number = true; });
+  }
+  constexpr FieldRow WrittenAs(const char* (*rule)(const R&, FieldWriter&, uint32_t)) const {
+    return With([&](FieldRow& row) { row.text_rule = rule; });
+  }
+  constexpr FieldRow WrittenBy(int32_t (*rule)(const R&, FieldWriter&, uint32_t, uint32_t)) const {
+    return With([&](FieldRow& row) { row.write = rule; });
+  }
+  constexpr FieldRow WrittenWhen(bool (*rule)(const R&, Layout)) const {
+    return With([&](FieldRow& row) { row.written = rule; });
+  }
+  constexpr FieldRow WrittenTimes(uint32_t (*rule)(const R&, const NitfFile&)) const {
+    return With([&](FieldRow& row) { row.written_count = rule; });
+  }
 
   template <size_t kColumns>
   static constexpr FieldRow Repeat(const FieldRow (&columns)[kColumns], uint32_t (*count)(const R&),
@@ -243,22 +312,23 @@ struct FieldRow {
   }
 
 // The security fields behind the class are the same in every header but for the prefix of their names.
-// EVENT_RULE tells when the downgrading event of the 2.0 layout is present.
-#define SECURITY_ROWS(PREFIX, EVENT_RULE)                                                                    \
+// EVENT_RULE tells when the downgrading event of the 2.0 layout is present. Further columns of the
+// declassification exemption may follow.
+#define SECURITY_ROWS(PREFIX, EVENT_RULE, ...)                                                               \
   TEXT(PREFIX##CLSY, 2, kAbsent).SecurityText().Settable(),                                                  \
       TEXT(PREFIX##CODE, 11, 40).SecurityText().Settable(),                                                  \
       TEXT(PREFIX##CTLH, 2, 40).SecurityText().Settable(),                                                   \
       TEXT(PREFIX##REL, 20, 40).SecurityText().Settable(),                                                   \
       TEXT(PREFIX##DCTP, 2, kAbsent).SecurityText().Settable(),                                              \
       TEXT(PREFIX##DCDT, 8, kAbsent).SecurityText(),                                                         \
-      TEXT(PREFIX##DCXM, 4, kAbsent).SecurityText().Settable(),                                              \
+      TEXT(PREFIX##DCXM, 4, kAbsent).SecurityText().Settable() __VA_ARGS__,                                  \
       TEXT(PREFIX##DG, 1, kAbsent).SecurityText().Settable(), TEXT(PREFIX##DGDT, 8, kAbsent).SecurityText(), \
       TEXT(PREFIX##CLTX, 43, kAbsent).SecurityText().Settable(),                                             \
       TEXT(PREFIX##CATP, 1, kAbsent).SecurityText().Settable(),                                              \
       TEXT(PREFIX##CAUT, 40, 20).SecurityText().Settable(),                                                  \
       TEXT(PREFIX##CRSN, 1, kAbsent).SecurityText().Settable(),                                              \
       TEXT(PREFIX##SRDT, 8, kAbsent).SecurityText(), TEXT(PREFIX##CTLN, 15, 20).SecurityText().Settable(),   \
-      TEXT(PREFIX##DWNG, kAbsent, 6).DowngradeText(),                                                        \
+      TEXT(PREFIX##DWNG, kAbsent, 6).DowngradeText().Filled(R::kDowngradeFill),                              \
       TEXT(PREFIX##DEVT, kAbsent, 40).DowngradeText().When(EVENT_RULE)
 
 // Their buffers in R::Texts. The order matters in the file header, whose texts run on into each other.

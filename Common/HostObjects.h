@@ -150,4 +150,62 @@ class OwnedPalette {
   Place place_;
 };
 
+// The palette that suits painting a bitmap, selected into the context while this lives. The host may need none.
+class PaintPalette {
+ public:
+  PaintPalette(HostDrawingContext context, const HostBitmap* bitmap, Place place)
+      : context_(context), palette_(HostCreatePaintPalette(context, bitmap), place), place_(place) {
+    if (palette_.get() != nullptr) {
+      HostTrackAdd(kTrackedHandle, palette_.get(), place_.line, place_.unit);
+      before_ = SelectPalette(context_, palette_.get(), 0);
+    }
+    RealizePalette(context_);
+  }
+  PaintPalette(const PaintPalette&) = delete;
+  PaintPalette& operator=(const PaintPalette&) = delete;
+  ~PaintPalette() {
+    if (palette_.get() == nullptr) return;
+    SelectPalette(context_, before_, 0);
+    HostTrackRemove(kTrackedHandle, palette_.get(), place_.line, place_.unit);
+  }
+
+ private:
+  static constexpr int32_t kTrackedHandle = 3;
+
+  HostDrawingContext context_;
+  OwnedPalette palette_;
+  Place place_;
+  HostPalette before_ = nullptr;
+};
+
+// A vector drawing: empty at first, freed when it holds anything. Its bytes are those of the host's record.
+class OwnedVector {
+ public:
+  OwnedVector() { Initialise(); }
+  OwnedVector(const OwnedVector&) = delete;
+  OwnedVector& operator=(const OwnedVector&) = delete;
+  ~OwnedVector() { Free(); }
+  void Free() {
+    if (HostVecIsEmpty(&record_) == 0) HostVecFree(&record_);
+  }
+  // Makes it empty whatever it holds.
+  void Reset() {
+    Free();
+    Initialise();
+  }
+  HostVector* get() { return &record_; }
+  const HostVector* get() const { return &record_; }
+
+ private:
+  // Two words are set by hand, one on each side of the host's own preparation.
+  void Initialise() {
+    record_.word976 = 8194;
+    HostVecInit(&record_);
+    record_.word844 = 32768;
+  }
+
+  HostVector record_{};
+};
+static_assert(sizeof(OwnedVector) == sizeof(HostVector));
+
 }  // namespace tavi

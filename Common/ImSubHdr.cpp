@@ -1,10 +1,13 @@
 #include "ImSubHdr.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 
 #include "HeaderReader.h"
+#include "ImageEditing.h"
 #include "NitfFile.h"
+#include "SaveFields.h"
 #include "StrmFHdr.h"
 
 namespace tavi {
@@ -127,6 +130,8 @@ int32_t PrepareBands(R& r, uint32_t count) {
   return made ? SUCCESS : ERR_NO_MEMORY;
 }
 
+constexpr uint32_t kLookupLengthWidth = 5;  // of NELUT
+
 // NELUT and the tables. One table serves all three colours; any other number of tables is read as three. Only
 // the last band's table survives: an image has one palette.
 int32_t ReadLookupTables(R& r, FieldReader& reader, uint32_t band) {
@@ -136,7 +141,7 @@ int32_t ReadLookupTables(R& r, FieldReader& reader, uint32_t band) {
   if (!r.BandLutEntries.exists() || r.BandLutEntries.size() < r.BandCount) {
     if (!r.BandLutEntries.Resize(r.BandCount, Here())) return ERR_NO_MEMORY;
   }
-  char digits[5];
+  char digits[kLookupLengthWidth];
   int32_t status = reader.Read("NELUT", shown, -1, digits, sizeof digits);
   if (status != SUCCESS) return status;
   const auto entries = static_cast<uint32_t>(ParseInteger(digits, sizeof digits));
@@ -214,84 +219,229 @@ bool HasPadCode(const R& r, Layout layout) {
   return HasMaskTable(r, layout) && r.PadCodeBits != 0;
 }
 
+// ---- What is written otherwise than it was read ----
+
+constexpr CodeText kWrittenPixelTypes[] = {{kPixelInteger, "INT", 3}, {kPixelBilevel, "B", 1}};
+constexpr CodeText kWrittenRates[] = {
+    {kComrat1D, "1D", 2}, {kComrat2DS, "2DS", 3}, {kComrat2DH, "2DH", 3}, {kComratOther, "00.0", 4}};
+
+int32_t WritePixelType(const R& r, FieldWriter& writer, uint32_t, uint32_t width) {
+  const char* text = TextOf(kWrittenPixelTypes, r.PixelType);
+  if (text == nullptr) return Refuse(ERR_UNSUPPORTED_PVTYPE, "Unsupported PVTYPE");
+  return writer.Write(writer.Keep(text), width, Fill::kBlank);
+}
+// A text that the reader did not know has left the code of a new record: it goes out as RGB.
+const char* RepresentationText(const R& r, FieldWriter& writer, uint32_t) {
+  return writer.Keep(TextOf(kRepresentations, r.Representation));
+}
+const char* JustificationText(const R& r, FieldWriter&, uint32_t) {
+  return r.RightJustified != 0 ? "R" : "L";
+}
+// C0 has no text of its own.
+const char* CompressionText(const R& r, FieldWriter& writer, uint32_t) {
+  return writer.Keep(TextOf(kCompressions, r.Compression == kC0 ? kNM : r.Compression));
+}
+// A rate of another kind is not kept: it goes out as 00.0.
+const char* RateText(const R& r, FieldWriter& writer, uint32_t) {
+  return writer.Keep(TextOf(kWrittenRates, r.ComratMode));
+}
+const char* ModeText(const R& r, FieldWriter& writer, uint32_t) {
+  return writer.Keep(TextOf(kModes, r.Mode));
+}
+// The first three characters of the number: 1.0, 0.2, 10.
+const char* MagnificationText(const R& r, FieldWriter& writer, uint32_t) {
+  char digits[400];
+  constexpr int kDecimals = 6;
+  const auto printed =
+      std::to_chars(digits, digits + sizeof digits, r.Magnification, std::chars_format::fixed, kDecimals);
+  digits[std::min<ptrdiff_t>(printed.ptr - digits, 3)] = '\0';
+  return writer.Keep(digits);
+}
+
+// NICOM's text decides, whatever comments there are; one that is missing is blank.
+uint32_t WrittenComments(const R& r, const NitfFile&) {
+  return static_cast<uint32_t>(std::max(NumberOf(r.Text.NICOM), 0));
+}
+const char* CommentText(const R& r, FieldWriter&, uint32_t i) {
+  return i < r.Comments.size() ? r.Comments.At(i) : "";
+}
+
+// As many bands as NBANDS says, or XBANDS where that is 0 and the layout has it. Bands that have no records
+// are blank, without filter and tables.
+uint32_t WrittenBands(const R& r, const NitfFile& document) {
+  constexpr uint32_t kMostBands = 99999;  // in five digits
+  if (r.BandField != 0) return r.BandField <= kMostBands ? r.BandField : 0;
+  if (LayoutOf(document) == Layout::kNitf20) return 0;
+  return static_cast<uint32_t>(std::max(NumberOf(r.Text.XBANDS), 0));
+}
+const char* BandRoleText(const R& r, FieldWriter& writer, uint32_t band) {
+  const char* text = TextOf(kBandRoles, r.BandRoles.At(band));
+  return writer.Keep(text != nullptr ? text : "");
+}
+const char* SubcategoryText(const R& r, FieldWriter&, uint32_t band) {
+  return band < r.BandSubcategories.size() ? r.BandSubcategories.At(band) : "";
+}
+const char* FilterConditionText(const R& r, FieldWriter&, uint32_t band) {
+  return band < r.BandFilterConditions.size() ? r.BandFilterConditions.At(band) : "N";
+}
+const char* FilterCodeText(const R& r, FieldWriter&, uint32_t band) {
+  return band < r.BandFilterCodes.size() ? r.BandFilterCodes.At(band) : "";
+}
+
+// NELUT and the tables as they are read: one, or three for any other number of them. All bands write the
+// image's one palette; entries that it lacks are 0.
+int32_t WriteLookupTables(const R& r, FieldWriter& writer, uint32_t band, uint32_t) {
+  const uint32_t tables = r.BandLutCounts.At(band);
+  if (tables == 0) return SUCCESS;
+  const uint32_t entries = r.BandLutEntries.At(band);
+  int32_t status = writer.Write(writer.Print(static_cast<int32_t>(entries)), kLookupLengthWidth, Fill::kZero);
+  uint8_t HostPaletteEntry::*const colours[] = {&HostPaletteEntry::red, &HostPaletteEntry::green,
+                                                &HostPaletteEntry::blue};
+  for (uint32_t c = 0; c < (tables == 1 ? 1U : 3U); ++c) {
+    for (uint32_t i = 0; i < entries && status == SUCCESS; ++i) {
+      const uint8_t value = i < r.Lut.size() ? r.Lut[i].*colours[c] : 0;
+      status = writer.WriteBytes(&value, 1);
+    }
+  }
+  return status;
+}
+
+int32_t WriteMaskHead(const R& r, FieldWriter& writer, uint32_t, uint32_t) {
+  writer.BeginMaskTable();
+  uint8_t head[10];
+  WriteBig32(head, r.DataOffset);
+  WriteBig16(head + 4, r.BlockMaskLength);
+  WriteBig16(head + 6, r.PadMaskLength);
+  WriteBig16(head + 8, r.PadCodeBits);
+  return writer.WriteBytes(head, sizeof head);
+}
+
+// The entries go out with their bytes reversed: a raw copy of the data replaces them, data of vector quantised
+// images do not. No more than there are.
+int32_t WriteMask(const R& r, FieldWriter& writer, const MaskTable& mask) {
+  writer.BeginMaskTable();
+  const uint64_t stored = mask.exists() ? mask.bytes.size() / 4 - 1 : 0;
+  const uint64_t blocks = static_cast<uint64_t>(r.BlocksPerRow) * r.BlocksPerColumn;
+  const uint64_t bands = WrittenBands(r, writer.document());
+  const uint64_t entries = bands == 0 ? 0 : blocks <= stored ? std::min(blocks * bands, stored) : stored;
+  int32_t status = SUCCESS;
+  for (uint64_t i = 0; i < entries && status == SUCCESS; ++i) {
+    const uint8_t* entry = mask.bytes.data() + i * 4;
+    const uint8_t reversed[] = {entry[3], entry[2], entry[1], entry[0]};
+    status = writer.WriteBytes(reversed, sizeof reversed);
+  }
+  return status;
+}
+int32_t WriteBlockMask(const R& r, FieldWriter& writer, uint32_t, uint32_t) {
+  return WriteMask(r, writer, r.BlockMask);
+}
+int32_t WritePadMask(const R& r, FieldWriter& writer, uint32_t, uint32_t) {
+  return WriteMask(r, writer, r.PadMask);
+}
+// Their lengths alone decide, whatever the compression has become.
+bool WritesBlockMask(const R& r, Layout) {
+  return r.BlockMaskLength != 0;
+}
+bool WritesPadMask(const R& r, Layout) {
+  return r.PadMaskLength != 0;
+}
+
 // ---- The layout ----
 
+constexpr Fill kZeros = Fill::kZero;
 constexpr char kSizeSentinel[] = "99999999";
 constexpr char kBlockSentinel[] = "9999";
 
 constexpr FieldRow<R> kCommentColumns[] = {
-    FIELD_IN_FILE("ICOM", 80).In([](R& r, uint32_t i) { return r.Comments.At(i); }),
+    FIELD_IN_FILE("ICOM", 80).In([](R& r, uint32_t i) { return r.Comments.At(i); }).WrittenAs(CommentText),
 };
 
 constexpr FieldRow<R> kBandColumns[] = {
-    FIELD_IN_FILE("IREPBAND", 2).Then(SetBandRole),
-    FIELD_IN_FILE("ISUBCAT", 6).In([](R& r, uint32_t i) { return r.BandSubcategories.At(i); }),
-    FIELD_IN_FILE("IFC", 1).In([](R& r, uint32_t i) { return r.BandFilterConditions.At(i); }),
-    FIELD_IN_FILE("IMFLT", 3).In([](R& r, uint32_t i) { return r.BandFilterCodes.At(i); }),
-    FIELD_IN_FILE("NLUTS", 1).Length(&R::BandLutCounts),
-    FieldRow<R>::Own(ReadLookupTables),
+    FIELD_IN_FILE("IREPBAND", 2).Then(SetBandRole).WrittenAs(BandRoleText),
+    FIELD_IN_FILE("ISUBCAT", 6)
+        .In([](R& r, uint32_t i) { return r.BandSubcategories.At(i); })
+        .WrittenAs(SubcategoryText),
+    FIELD_IN_FILE("IFC", 1)
+        .In([](R& r, uint32_t i) { return r.BandFilterConditions.At(i); })
+        .WrittenAs(FilterConditionText)
+        .Filled(kZeros),
+    FIELD_IN_FILE("IMFLT", 3)
+        .In([](R& r, uint32_t i) { return r.BandFilterCodes.At(i); })
+        .WrittenAs(FilterCodeText),
+    FIELD_IN_FILE("NLUTS", 1).Length(&R::BandLutCounts).Filled(kZeros),
+    FieldRow<R>::Own(ReadLookupTables).WrittenBy(WriteLookupTables),
 };
 
 constexpr FieldRow<R> CommentTable() {
   return FieldRow<R>::Repeat(
-      kCommentColumns, [](const R& r) { return r.CommentCount; },
-      [](R& r, uint32_t n) -> int32_t { return r.Comments.Resize(n, Here()) ? SUCCESS : ERR_NO_MEMORY; });
+             kCommentColumns, [](const R& r) { return r.CommentCount; },
+             [](R& r, uint32_t n) -> int32_t {
+               return r.Comments.Resize(n, Here()) ? SUCCESS : ERR_NO_MEMORY;
+             })
+      .WrittenTimes(WrittenComments);
 }
 constexpr FieldRow<R> BandTable() {
   return FieldRow<R>::Repeat(
-      kBandColumns, [](const R& r) { return r.BandCount; }, PrepareBands);
+             kBandColumns, [](const R& r) { return r.BandCount; }, PrepareBands)
+      .WrittenTimes(WrittenBands);
 }
 
 constexpr FieldRow<R> kRows[] = {
     TEXT(IM, 2).Must("IM", ERR_FILE_FORMAT).Then(MarkSignature).Starts("IM").Settable(),
     TEXT(IID1, 10).Starts("Missing ID").Settable(),
-    TEXT(IDATIM, 14).Blank(),
+    TEXT(IDATIM, 14).Blank().Filled(kZeros),
     TEXT(TGTID, 17).Blank().Settable(),
     TEXT(IID2, 80).Blank().Settable(),
     TEXT(ISCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U").Settable(),
     SECURITY_ROWS(IS, DowngradesByEvent),
-    TEXT(ENCRYP, 1),
+    TEXT(ENCRYP, 1).Filled(kZeros),
     TEXT(ISORCE, 42).Blank().Settable(),
-    TEXT(NROWS, 8).Number(&R::Rows).Streamed(kSizeSentinel),
-    TEXT(NCOLS, 8).Number(&R::Cols).Streamed(kSizeSentinel),
+    TEXT(NROWS, 8).Number(&R::Rows).Streamed(kSizeSentinel).WrittenFromNumber(),
+    TEXT(NCOLS, 8).Number(&R::Cols).Streamed(kSizeSentinel).WrittenFromNumber(),
     TEXT(PVTYPE, 3)
         .CodeOrRefuse(&R::PixelType, kPixelTypes, ERR_UNSUPPORTED_PVTYPE, "Unsupported PVTYPE")
-        .Blank(),
-    TEXT(IREP, 8).Code(&R::Representation, kRepresentations).Blank(),
+        .Blank()
+        .WrittenBy(WritePixelType),
+    TEXT(IREP, 8).Code(&R::Representation, kRepresentations).Blank().WrittenAs(RepresentationText),
     TEXT(ICAT, 8).Starts("VIS").Settable(),
-    TEXT(ABPP, 2).Number(&R::ActualBits),
-    TEXT(PJUST, 1).Then(SetJustification).Blank(),
-    TEXT(ICORDS, 1).Blank(),
-    TEXT(IGEOLO, 60).When(HasCorners).Blank(),
-    TEXT(NICOM, 1).Number(&R::CommentCount),
+    TEXT(ABPP, 2).Number(&R::ActualBits).WrittenFromNumber(),
+    TEXT(PJUST, 1).SetBy(SetPjust).Then(SetJustification).Blank().WrittenAs(JustificationText),
+    TEXT(ICORDS, 1).SetBy(SetIcords).Blank(),
+    TEXT(IGEOLO, 60).When(HasCorners).Blank().Filled(kZeros),
+    TEXT(NICOM, 1).SetsDigitsOnly().Number(&R::CommentCount).Filled(kZeros),
     CommentTable(),
-    TEXT(IC, 2).Code(&R::Compression, kCompressions).Blank(),
-    TEXT(COMRAT, 4).When(HasRate).Code(&R::ComratMode, kRates).Blank(),
-    TEXT(NBANDS, 1).Number(&R::BandField).Then(SetBands),
-    TEXT(XBANDS, 5, kAbsent).When(HasExtraBands).Number(&R::BandCount),
+    TEXT(IC, 2).SetBy(SetIc).Code(&R::Compression, kCompressions).Blank().WrittenAs(CompressionText),
+    TEXT(COMRAT, 4).SetBy(SetComrat).When(HasRate).Code(&R::ComratMode, kRates).Blank().WrittenAs(RateText),
+    TEXT(NBANDS, 1).SetBy(SetBandCount).Number(&R::BandField).Then(SetBands).WrittenFromNumber(),
+    TEXT(XBANDS, 5, kAbsent).SetsDigitsOnly().When(HasExtraBands).Number(&R::BandCount).Filled(kZeros),
     BandTable(),
-    TEXT(ISYNC, 1),
-    TEXT(IMODE, 1).CodeOrRefuse(&R::Mode, kModes, ERR_FILE_FORMAT).Blank().Starts("P"),
-    TEXT(NBPR, 4).Number(&R::BlocksPerRow).Streamed(kBlockSentinel),
-    TEXT(NBPC, 4).Number(&R::BlocksPerColumn).Streamed(kBlockSentinel),
-    TEXT(NPPBH, 4).Number(&R::BlockWidth).Streamed(kBlockSentinel),
-    TEXT(NPPBV, 4).Number(&R::BlockHeight).Streamed(kBlockSentinel),
-    TEXT(NBPP, 2).Number(&R::SampleBits).Then(RefuseDeepBands),
-    TEXT(IDLVL, 3).Number(&R::DisplayLevel),
-    TEXT(IALVL, 3).Number(&R::AttachmentLevel),
-    TEXT(ILOC, 10).Pair(&R::LocationRow, &R::LocationColumn),
-    TEXT(IMAG, 4).Then(SetMagnification).Blank(),
-    TEXT(UDIDL, 5),
-    TEXT(UDOFL, 3).When(HasUserData),
+    TEXT(ISYNC, 1).Filled(kZeros),
+    TEXT(IMODE, 1)
+        .CodeOrRefuse(&R::Mode, kModes, ERR_FILE_FORMAT)
+        .Blank()
+        .Starts("P")
+        .WrittenAs(ModeText)
+        .Filled(kZeros),
+    TEXT(NBPR, 4).Number(&R::BlocksPerRow).Streamed(kBlockSentinel).WrittenFromNumber(),
+    TEXT(NBPC, 4).Number(&R::BlocksPerColumn).Streamed(kBlockSentinel).WrittenFromNumber(),
+    TEXT(NPPBH, 4).Number(&R::BlockWidth).Streamed(kBlockSentinel).WrittenFromNumber(),
+    TEXT(NPPBV, 4).Number(&R::BlockHeight).Streamed(kBlockSentinel).WrittenFromNumber(),
+    TEXT(NBPP, 2).Number(&R::SampleBits).Then(RefuseDeepBands).WrittenFromNumber(),
+    TEXT(IDLVL, 3).Number(&R::DisplayLevel).WrittenFromNumber(),
+    TEXT(IALVL, 3).Number(&R::AttachmentLevel).WrittenFromNumber(),
+    TEXT(ILOC, 10).SetBy(SetIloc).Pair(&R::LocationRow, &R::LocationColumn).Filled(kZeros),
+    TEXT(IMAG, 4).SetBy(SetImag).Then(SetMagnification).Blank().WrittenAs(MagnificationText),
+    TEXT(UDIDL, 5).Filled(kZeros),
+    TEXT(UDOFL, 3).When(HasUserData).Filled(kZeros),
     FieldRow<R>::Block("UDID", &R::UserTre, UserDataLength).When(HasUserData),
-    TEXT(IXSHDL, 5),
-    TEXT(IXSOFL, 3).When(HasExtendedData),
+    TEXT(IXSHDL, 5).Filled(kZeros),
+    TEXT(IXSOFL, 3).When(HasExtendedData).Filled(kZeros),
     FieldRow<R>::Block("IXSHD", &R::ExtendedTre, ExtendedDataLength).When(HasExtendedBlock),
     // The mask table stands at the first bytes of the image data.
-    FieldRow<R>::Own(ReadMaskHead).When(HasMaskTable),
+    FieldRow<R>::Own(ReadMaskHead).When(HasMaskTable).WrittenBy(WriteMaskHead),
     FieldRow<R>::Block("TPXCD", &R::PadCode, PadCodeLength).When(HasPadCode),
-    FieldRow<R>::Own(ReadBlockMask).When(HasBlockMask),
-    FieldRow<R>::Own(ReadPadMask).When(HasPadMask),
+    FieldRow<R>::Own(ReadBlockMask).When(HasBlockMask).WrittenBy(WriteBlockMask).WrittenWhen(WritesBlockMask),
+    FieldRow<R>::Own(ReadPadMask).When(HasPadMask).WrittenBy(WritePadMask).WrittenWhen(WritesPadMask),
 };
 
 void CountBlock(const HostArray<uint8_t>& block, uint32_t& count, const uint8_t*& view) {
@@ -304,6 +454,10 @@ void CountBlock(const HostArray<uint8_t>& block, uint32_t& count, const uint8_t*
 
 std::span<const FieldRow<ImSubHdr>> ImageRows() {
   return kRows;
+}
+
+std::span<const CodeText> BandRoleTexts() {
+  return kBandRoles;
 }
 
 ImSubHdr::ImSubHdr(NitfFile* document) : Owner(document) {

@@ -71,6 +71,8 @@ struct ImSubHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kBlank;
   static constexpr Start kDowngradeStart = Start::kBlank;
+  static constexpr Fill kFill = Fill::kBlank;
+  static constexpr Fill kDowngradeFill = Fill::kBlank;
 
   explicit ImSubHdr(NitfFile* document);
 
@@ -138,6 +140,8 @@ struct ImSubHdr {
 };
 
 std::span<const FieldRow<ImSubHdr>> ImageRows();
+// The texts of IREPBAND.
+std::span<const CodeText> BandRoleTexts();
 
 // Reads the subheader and its mask table from where the file stands; when all is well, goes back there.
 // `streaming` 1: the pass over replacement data.

@@ -6,8 +6,8 @@ namespace tavi {
 
 bool SegmentJob::Read(int64_t offset, void* to, uint64_t size) const {
   if (offset < 0) return false;
-  HostFileSeek(document.File, data_start + offset, kFromStart);
-  return HostFileRead(document.File, to, size) == size;
+  SeekSource(document, data_start + offset, kFromStart);
+  return ReadSource(document, to, size) == size;
 }
 
 bool SegmentJob::Holds(int64_t offset, uint64_t size) const {

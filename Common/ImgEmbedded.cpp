@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Limits.h"
+
 namespace tavi {
 
 TAVI_UNIT(L"Common/ImgEmbedded")
@@ -113,11 +115,8 @@ int32_t LoadStream(FilterLoadContext* context, const uint8_t* stream, uint64_t s
 }
 
 StreamIdentifier::StreamIdentifier(const SegmentJob& job, uint32_t copies) {
-  constexpr uint64_t kFreeShare = 1ULL << 26;  // one large picture more than the segment needs
   const uint64_t area = static_cast<uint64_t>(job.bitmap->width) * job.bitmap->height;
-  // Pixels and the bytes that code them, with room for tiles at the edge and streams of little compression.
-  constexpr uint64_t kShareOfPixel = 8;
-  allowed_ = kFreeShare + area * copies * kShareOfPixel;
+  allowed_ = kFreeStreamClaim + area * copies * kStreamClaimOfPixel + job.data_length;
 }
 
 int32_t StreamIdentifier::Identify(const StreamBytes& stream) {

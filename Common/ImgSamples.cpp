@@ -115,8 +115,8 @@ int32_t ScanSampleRange(int32_t& minimum, int32_t& maximum, uint32_t data_length
   }
   for (uint32_t offset = 0; offset < data_length;) {
     const uint32_t length = std::min(data_length - offset, kChunk);
-    HostFileSeek(document.File, start + offset, kFromStart);
-    if (HostFileRead(document.File, chunk.data(), length) != length) return ERR_FILE_READ;
+    SeekSource(document, start + offset, kFromStart);
+    if (ReadSource(document, chunk.data(), length) != length) return ERR_FILE_READ;
     if (minimum == -1 && maximum == -1) minimum = maximum = static_cast<int32_t>(ReadBig32(chunk.data()));
     for (uint32_t i = 0; i + 4 <= length; i += 4) {
       const auto value = static_cast<int32_t>(ReadBig32(chunk.data() + i));

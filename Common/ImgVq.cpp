@@ -57,7 +57,7 @@ class CodeReader {
 
   bool Fill() {
     used_ = 0;
-    filled_ = HostFileRead(document_.File, piece_.data(), kPiece);
+    filled_ = ReadSource(document_, piece_.data(), kPiece);
     return filled_ != 0;
   }
 
@@ -78,13 +78,13 @@ class Codebook {
 
   int32_t Read(NitfFile& document) {
     const uint64_t size = static_cast<uint64_t>(entries_) * height_ * tables_;
-    const int64_t left = document.SourceSize - HostFileSeek(document.File, 0, kFromHere);
+    const int64_t left = document.SourceSize - SeekSource(document, 0, kFromHere);
     if (left < 0 || (entries_ != 0 && size / entries_ / height_ != tables_) ||
         size > static_cast<uint64_t>(left)) {
       return ERR_FILE_READ;
     }
     if (!lines_.Allocate(size, Here()) || !kernel_.Allocate(kernel_size(), Here())) return ERR_NO_MEMORY;
-    if (HostFileRead(document.File, lines_.data(), size) != size) return ERR_FILE_READ;
+    if (ReadSource(document, lines_.data(), size) != size) return ERR_FILE_READ;
     return tables_ == width_ ? GatherAll() : SUCCESS;
   }
 
@@ -331,17 +331,18 @@ int32_t SkipMaskTable(NitfFile& document, const ImSubHdr& image) {
       return SUCCESS;
   }
   uint8_t head[10];  // IMDATOFF 4, BMRLNTH 2, TMRLNTH 2, TPXCDLNTH 2
-  if (HostFileRead(document.File, head, sizeof head) != sizeof head) return ERR_FILE_READ;
+  if (ReadSource(document, head, sizeof head) != sizeof head) return ERR_FILE_READ;
   const int64_t table = 4LL * image.BlocksPerRow * image.BlocksPerColumn * image.BandField;
   const int64_t tables = (ReadBig16(head + 4) != 0 ? table : 0) + (ReadBig16(head + 6) != 0 ? table : 0);
   const int64_t skipped = (ReadBig16(head + 8) + 7) / 8 + tables;
-  return HostFileSeek(document.File, skipped, kFromHere) <= document.SourceSize ? SUCCESS : ERR_FILE_READ;
+  const int64_t position = SeekSource(document, skipped, kFromHere);
+  return position >= 0 && position <= document.SourceSize ? SUCCESS : ERR_FILE_READ;
 }
 
 int32_t ReadCompressionLookupRecords(NitfFile& document, const VqHeader& header, VqLookupRecord* records) {
   for (uint32_t i = 0; i < header.lookup_records; ++i) {
     uint8_t bytes[VqLookupRecord::kSize];
-    if (HostFileRead(document.File, bytes, sizeof bytes) != sizeof bytes) return ERR_FILE_READ;
+    if (ReadSource(document, bytes, sizeof bytes) != sizeof bytes) return ERR_FILE_READ;
     records[i] = {ReadBig16(bytes), ReadBig32(bytes + 2), ReadBig16(bytes + 6), ReadBig16(bytes + 8),
                   ReadBig32(bytes + 10)};
   }
@@ -356,7 +357,7 @@ int32_t DecodeVectorQuantised(SegmentJob& job) {
   }
   if (const int32_t status = RecreateBitmap(job); status != SUCCESS) return status;
   uint8_t bytes[VqHeader::kSize];
-  if (HostFileRead(job.document.File, bytes, sizeof bytes) != sizeof bytes) return ERR_FILE_READ;
+  if (ReadSource(job.document, bytes, sizeof bytes) != sizeof bytes) return ERR_FILE_READ;
   const VqHeader header = ParseVqHeader(bytes);
   if (!IsUsable(image, header)) return ERR_FILE_FORMAT;
   HostArray<VqLookupRecord> records;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "SaveFields.h"
 #include "SubHeaderReader.h"
 
 namespace tavi {
@@ -48,6 +49,19 @@ int32_t SetBackgroundColour(R& record, const Field& field) {
   return SUCCESS;
 }
 
+// The numbers go out, red first; a new record's bytes differ from them.
+int32_t WriteColour(uint32_t colour, FieldWriter& writer) {
+  const uint8_t bytes[] = {static_cast<uint8_t>(colour), static_cast<uint8_t>(colour >> 8),
+                           static_cast<uint8_t>(colour >> 16)};
+  return writer.WriteBytes(bytes, sizeof bytes);
+}
+int32_t WriteTextColour(const R& record, FieldWriter& writer, uint32_t, uint32_t) {
+  return WriteColour(record.TextColour, writer);
+}
+int32_t WriteBackgroundColour(const R& record, FieldWriter& writer, uint32_t, uint32_t) {
+  return WriteColour(record.BackgroundColour, writer);
+}
+
 constexpr FieldRow<R> kRows[] = {
     TEXT(LA, 2).Must("LA", ERR_FILE_FORMAT).Then(MarkSignature).Starts("LA"),
     TEXT(LID, 10),
@@ -66,8 +80,8 @@ constexpr FieldRow<R> kRows[] = {
     TEXT(LDLVL, 3).Number(&R::DisplayLevel).Starts("000"),
     TEXT(LALVL, 3).Number(&R::AttachmentLevel),
     TEXT(LLOC, 10).Then(SetLocation).Starts("0000000000"),
-    TEXT(LTC, 3).Then(SetTextColour).Starts("\1\1\1"),
-    TEXT(LBC, 3).Then(SetBackgroundColour).Starts("\xFF\xFF\xFF"),
+    TEXT(LTC, 3).Then(SetTextColour).Starts("\1\1\1").WrittenBy(WriteTextColour),
+    TEXT(LBC, 3).Then(SetBackgroundColour).Starts("\xFF\xFF\xFF").WrittenBy(WriteBackgroundColour),
     TEXT(LXSHDL, 5),
     TEXT(LXSOFL, 3).When(HasExtendedData),
     FieldRow<R>::Block("LXSHD", &R::ExtendedTre, ExtendedDataLength).When(HasExtendedData),

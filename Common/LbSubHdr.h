@@ -13,6 +13,7 @@ namespace tavi {
 struct LbSubHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kBlank;
+  static constexpr Fill kFill = Fill::kZero;
 
   explicit LbSubHdr(NitfFile* document);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "SegmentNodes.h"
 #include "StrmFHdr.h"
 
 namespace tavi {
@@ -10,47 +11,13 @@ TAVI_UNIT(L"Common/NitfFile")
 
 namespace {
 
-constexpr int32_t kTrackedObject = 4;
-
-template <class Object>
-void Track(const Object* object) {
-  HostTrackAdd(kTrackedObject, object, Here().line, Here().unit);
-}
-
-template <class Object>
-void Delete(Object* object) {
-  if (object == nullptr) return;
-  HostTrackRemove(kTrackedObject, object, Here().line, Here().unit);
-  delete object;
-}
-
-template <class Record>
-Record* MakeRecord(NitfFile& document) {
-  return new (std::nothrow) Record(&document);
-}
-template <>
-DExSbHdr* MakeRecord<DExSbHdr>(NitfFile&) {
-  return new (std::nothrow) DExSbHdr();
-}
-
-void SetIndex(DExSbHdr&, uint32_t) {}
-template <class Record>
-void SetIndex(Record& record, uint32_t index) {
-  record.SegmentIndex = index;
-}
-
 // Appends `count` nodes with fresh subheaders. False without memory; what was built stays in the list.
 template <class Record>
 bool BuildList(SegmentNode<Record>*& head, uint32_t count, NitfFile& document) {
   SegmentNode<Record>** link = &head;
   for (uint32_t i = 0; i < count; ++i, link = &(*link)->Next) {
-    *link = new (std::nothrow) SegmentNode<Record>;
+    *link = MakeNode<Record>(document, i, Here());
     if (*link == nullptr) return false;
-    Track(*link);
-    (*link)->Subheader = MakeRecord<Record>(document);
-    if ((*link)->Subheader == nullptr) return false;
-    Track((*link)->Subheader);
-    SetIndex(*(*link)->Subheader, i);
   }
   return true;
 }
@@ -59,8 +26,7 @@ template <class Record>
 void DestroyList(SegmentNode<Record>*& head) {
   while (head != nullptr) {
     SegmentNode<Record>* next = head->Next;
-    Delete(head->Subheader);
-    Delete(head);
+    DestroyNode(head, Here());
     head = next;
   }
 }
@@ -101,7 +67,7 @@ int64_t PositionPastImages(const NitfFile& d) {
 }
 
 void Seek(NitfFile& document, int64_t position) {
-  HostFileSeek(document.File, position, kFromStart);
+  SeekSource(document, position, kFromStart);
 }
 
 // Reads the subheaders of a group one by one, each from its own place.
@@ -185,6 +151,7 @@ int32_t FreeObjects(NitfFile& d) {
   OutputDebugStringA("\nFreeObjects\n");
   if (d.File != kNoFile) HostFileClose(d.File);
   d.File = kNoFile;
+  d.SourceCopy.Release();
   DestroyList(d.Images);
   DestroyList(d.Graphics);
   DestroyList(d.Labels);
@@ -192,6 +159,26 @@ int32_t FreeObjects(NitfFile& d) {
   DestroyList(d.DataExtensions);
   d.Header.Release();
   return SUCCESS;
+}
+
+uint64_t ReadSource(NitfFile& d, void* to, uint64_t bytes) {
+  if (!d.SourceCopy.exists()) return HostFileRead(d.File, to, bytes);
+  const auto size = static_cast<int64_t>(d.SourceCopy.size());
+  const uint64_t left = d.SourcePosition < size ? static_cast<uint64_t>(size - d.SourcePosition) : 0;
+  const uint64_t read = std::min(bytes, left);
+  if (read != 0) HostMemCopy(to, d.SourceCopy.data() + d.SourcePosition, read);
+  d.SourcePosition += static_cast<int64_t>(read);
+  return read;
+}
+
+int64_t SeekSource(NitfFile& d, int64_t offset, int32_t origin) {
+  if (!d.SourceCopy.exists()) return HostFileSeek(d.File, offset, origin);
+  const int64_t base = origin == kFromStart  ? 0
+                       : origin == kFromHere ? d.SourcePosition
+                                             : static_cast<int64_t>(d.SourceCopy.size());
+  if (base + offset < 0) return -1;
+  d.SourcePosition = base + offset;
+  return d.SourcePosition;
 }
 
 NtfHdr* GetHeader(NitfFile& document) {
@@ -212,6 +199,10 @@ int64_t PositionPastGraphics(const NitfFile& d) {
 
 int64_t GraphicSubHeaderPosition(const NitfFile& d, uint32_t index) {
   return PositionPastImages(d) + GraphicLengths(d.Header, index);
+}
+
+int64_t GraphicDataPosition(const NitfFile& d, uint32_t index) {
+  return GraphicSubHeaderPosition(d, index) + Guarded(d.Header.LsshRead, index, d.Header.NumGraphics);
 }
 
 int64_t LabelSubHeaderPosition(const NitfFile& d, uint32_t index) {
@@ -245,6 +236,10 @@ int64_t DesSubHeaderPosition(const NitfFile& d, uint32_t index) {
          DesLengths(d.Header, index);
 }
 
+int64_t DesDataPosition(const NitfFile& d, uint32_t index) {
+  return DesSubHeaderPosition(d, index) + Guarded(d.Header.LdshList, index, d.Header.NumDes);
+}
+
 void SeekImageData(NitfFile& d, uint32_t index) {
   Seek(d, ImageDataPosition(d, index));
 }
@@ -269,6 +264,12 @@ void SeekDesSubHeader(NitfFile& d, uint32_t index) {
 
 uint32_t ImageDataLength(const NitfFile& d, uint32_t index) {
   return Guarded(d.Header.LiRead, index, d.Header.NumImages);
+}
+uint32_t GraphicDataLength(const NitfFile& d, uint32_t index) {
+  return Guarded(d.Header.LsRead, index, d.Header.NumGraphics);
+}
+uint32_t LabelDataLength(const NitfFile& d, uint32_t index) {
+  return Guarded(d.Header.LlRead, index, d.Header.NumLabels);
 }
 
 }  // namespace tavi

@@ -85,6 +85,9 @@ struct NitfFile {
 
   // Beside the documented state: what bounds every allocation, and who watches the headers being read.
   int64_t SourceSize = 0;
+  // The source's bytes, once a save has put a new file in its place; `SourcePosition` is then where it stands.
+  tavi::HostArray<uint8_t> SourceCopy;
+  int64_t SourcePosition = 0;
   tavi::FieldObserver Observe = nullptr;
   void* Observer = nullptr;
 
@@ -109,6 +112,10 @@ void MakeEmptyDocument(NitfFile& document);
 int32_t AllocateObjects(NitfFile& document);
 // Closes the file and destroys all lists and the header's memory; harmless when run again. Always SUCCESS.
 int32_t FreeObjects(NitfFile& document);
+// Reading of the source and moving in it, as HostFileRead and HostFileSeek. What is read on demand, after the
+// document has been opened, is read through these alone: after a save onto the source its bytes are in memory.
+uint64_t ReadSource(NitfFile& document, void* to, uint64_t bytes);
+int64_t SeekSource(NitfFile& document, int64_t offset, int32_t origin);
 // The header, or null while it may not be used.
 NtfHdr* GetHeader(NitfFile& document);
 
@@ -148,7 +155,13 @@ void SeekPastLabels(NitfFile& document);
 void SeekTextData(NitfFile& document, uint32_t index);
 void SeekDesSubHeader(NitfFile& document, uint32_t index);
 
-// The length of an image's data in the source file; 0 when the table is missing or too short.
+// Where the drawing of a graphic and the data of a data extension stand.
+int64_t GraphicDataPosition(const NitfFile& document, uint32_t index);
+int64_t DesDataPosition(const NitfFile& document, uint32_t index);
+
+// The length of a segment's data in the source file; 0 when the table is missing or too short.
 uint32_t ImageDataLength(const NitfFile& document, uint32_t index);
+uint32_t GraphicDataLength(const NitfFile& document, uint32_t index);
+uint32_t LabelDataLength(const NitfFile& document, uint32_t index);
 
 }  // namespace tavi

@@ -1,9 +1,11 @@
 #include "NtfHdr.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "HeaderReader.h"
 #include "NitfFile.h"
+#include "SaveFields.h"
 #include "StrmFHdr.h"
 
 namespace tavi {
@@ -47,6 +49,81 @@ int32_t PackBackground(R& header, const Field& field) {
   return SUCCESS;
 }
 
+// ---- What is set otherwise than its kind says ----
+
+// Levels that no file can have are left out without a word.
+int32_t SetComplexityLevel(R& header, const FieldRow<R>& row, uint32_t level) {
+  constexpr uint32_t kHighest = 7;
+  constexpr uint32_t kBeyondAll = 99;
+  if ((level < 1 || level > kHighest) && level != kBeyondAll) return SUCCESS;
+  header.ClevelValue = level;
+  return FormatNumericField(row.Text(header, 0), row.SetterLimit(), static_cast<int32_t>(level));
+}
+
+// Three bytes that are no text.
+int32_t SetBackground(R& header, const FieldRow<R>& row, const char* bytes) {
+  HostMemCopy(row.Text(header, 0), bytes, row.SetterLimit());
+  return PackBackground(header, {bytes, row.SetterLimit(), 0, Layout::kNitf21});
+}
+
+// ---- What is written otherwise than it was read ----
+
+// The declassification exemption goes out as the first characters of the declassification date.
+const char* DeclassificationDate(const R& header, FieldWriter&, uint32_t) {
+  return header.Text.FSDCDT;
+}
+
+// The number itself, red first; the 2.0 layout has none.
+int32_t WriteBackground(const R& header, FieldWriter& writer, uint32_t, uint32_t width) {
+  const uint32_t colour = header.BackgroundValue;
+  const uint8_t bytes[] = {static_cast<uint8_t>(colour), static_cast<uint8_t>(colour >> 8),
+                           static_cast<uint8_t>(colour >> 16)};
+  return writer.WriteBytes(bytes, width);
+}
+
+// The text's number: twelve digits that exceed 32 bits do not survive.
+const char* FileLength(const R& header, FieldWriter& writer, uint32_t) {
+  return writer.Print(NumberOf(header.Text.FL));
+}
+const char* WorkingHeaderLength(const R& header, FieldWriter& writer, uint32_t) {
+  return writer.Print(static_cast<int32_t>(header.HlWork));
+}
+
+// Four kinds of segments are counted as the document has them; extensions are what the stored text says.
+const char* CountOfImages(const R&, FieldWriter& writer, uint32_t) {
+  return writer.Print(CountImageHeaders(writer.document()));
+}
+const char* CountOfGraphics(const R&, FieldWriter& writer, uint32_t) {
+  return writer.Print(CountGraphicHeaders(writer.document()));
+}
+const char* CountOfLabels(const R&, FieldWriter& writer, uint32_t) {
+  return writer.Print(CountLabelHeaders(writer.document()));
+}
+const char* CountOfTexts(const R&, FieldWriter& writer, uint32_t) {
+  return writer.Print(CountTextHeaders(writer.document()));
+}
+
+// The table of images is as long as their count; the others are as long as the header's own number at least.
+uint32_t ImageEntries(const R&, const NitfFile& document) {
+  return static_cast<uint32_t>(CountImageHeaders(document));
+}
+uint32_t GraphicEntries(const R& header, const NitfFile& document) {
+  return std::max(static_cast<uint32_t>(CountGraphicHeaders(document)), header.NumGraphics);
+}
+uint32_t LabelEntries(const R& header, const NitfFile& document) {
+  return LayoutOf(document) == Layout::kNitf20
+             ? std::max(static_cast<uint32_t>(CountLabelHeaders(document)), header.NumLabels)
+             : 0;
+}
+uint32_t TextEntries(const R& header, const NitfFile& document) {
+  return std::max(static_cast<uint32_t>(CountTextHeaders(document)), header.NumTexts);
+}
+
+// The length of a reserved extension's subheader goes out as that of its data, cut to the field.
+const char* ReservedDataLength(const R& header, FieldWriter& writer, uint32_t index) {
+  return writer.Print(static_cast<int32_t>(header.LreList.At(index)));
+}
+
 // Makes room in lists of one length each, keeping earlier values, which a streaming pass may not replace
 // wholly.
 template <class... Lists>
@@ -60,7 +137,7 @@ constexpr FieldRow<R> kImageLengths[] = {
 };
 constexpr FieldRow<R> kGraphicLengths[] = {
     FIELD_IN_FILE("LSSH", 4).Length(&R::LsshRead, &R::LsshWork).Streamed("9999"),
-    FIELD_IN_FILE("LS", 6).Length(&R::LsRead, &R::LsWork),
+    FIELD_IN_FILE("LS", 6).SetsFirstListOnly().Length(&R::LsRead, &R::LsWork),
 };
 constexpr FieldRow<R> kLabelLengths[] = {
     FIELD_IN_FILE("LLSH", 4).Length(&R::LlshList),
@@ -75,29 +152,33 @@ constexpr FieldRow<R> kDataExtensionLengths[] = {
     FIELD_IN_FILE("LD", 9).Length(&R::LdList).Streamed("999999999"),
 };
 constexpr FieldRow<R> kReservedExtensionLengths[] = {
-    FIELD_IN_FILE("LRESH", 4).Length(&R::LreshList),
+    FIELD_IN_FILE("LRESH", 4).Length(&R::LreshList).WrittenAs(ReservedDataLength),
     FIELD_IN_FILE("LRE", 7).Length(&R::LreList),
 };
 
 constexpr FieldRow<R> ImageTable() {
   return FieldRow<R>::Repeat(
-      kImageLengths, [](const R& h) { return h.NumImages; },
-      [](R& h, uint32_t n) { return MakeRoom(n, h.LishRead, h.LishWork, h.LiRead, h.LiWork); });
+             kImageLengths, [](const R& h) { return h.NumImages; },
+             [](R& h, uint32_t n) { return MakeRoom(n, h.LishRead, h.LishWork, h.LiRead, h.LiWork); })
+      .WrittenTimes(ImageEntries);
 }
 constexpr FieldRow<R> GraphicTable() {
   return FieldRow<R>::Repeat(
-      kGraphicLengths, [](const R& h) { return h.NumGraphics; },
-      [](R& h, uint32_t n) { return MakeRoom(n, h.LsshRead, h.LsshWork, h.LsRead, h.LsWork); });
+             kGraphicLengths, [](const R& h) { return h.NumGraphics; },
+             [](R& h, uint32_t n) { return MakeRoom(n, h.LsshRead, h.LsshWork, h.LsRead, h.LsWork); })
+      .WrittenTimes(GraphicEntries);
 }
 constexpr FieldRow<R> LabelTable() {
   return FieldRow<R>::Repeat(
-      kLabelLengths, [](const R& h) { return h.NumLabels; },
-      [](R& h, uint32_t n) { return MakeRoom(n, h.LlshList, h.LlRead, h.LlWork); });
+             kLabelLengths, [](const R& h) { return h.NumLabels; },
+             [](R& h, uint32_t n) { return MakeRoom(n, h.LlshList, h.LlRead, h.LlWork); })
+      .WrittenTimes(LabelEntries);
 }
 constexpr FieldRow<R> TextTable() {
   return FieldRow<R>::Repeat(
-      kTextLengths, [](const R& h) { return h.NumTexts; },
-      [](R& h, uint32_t n) { return MakeRoom(n, h.LtshList, h.LtRead, h.LtWork); });
+             kTextLengths, [](const R& h) { return h.NumTexts; },
+             [](R& h, uint32_t n) { return MakeRoom(n, h.LtshList, h.LtRead, h.LtWork); })
+      .WrittenTimes(TextEntries);
 }
 constexpr FieldRow<R> DataExtensionTable() {
   return FieldRow<R>::Repeat(
@@ -117,29 +198,37 @@ constexpr char kHlSentinel[] = "9999";
 constexpr FieldRow<R> kRows[] = {
     TEXT(FHDR, 4).Must("NITF|NSIF", ERR_FILE_FORMAT).Then(MarkValid).Terminated().Starts("NITF").Settable(),
     TEXT(FVER, 5).Must("02.10", ERR_NOT_NITF).Starts("02.10"),
-    TEXT(CLEVEL, 2).Must("03", ERR_UNSUPPORTED_CLEVEL, "Unsupported CLEVEL").Then(SetComplexity).Starts("03"),
+    TEXT(CLEVEL, 2)
+        .SetBy(SetComplexityLevel)
+        .Must("03", ERR_UNSUPPORTED_CLEVEL, "Unsupported CLEVEL")
+        .Then(SetComplexity)
+        .Starts("03"),
     TEXT(STYPE, 4).Starts("BF01").Settable(),
     TEXT(OSTAID, 10).Settable(),
     TEXT(FDT, 14).Starts("20050101010101"),
     TEXT(FTITLE, 80).Blank().Settable(),
     TEXT(FSCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U").Settable(),
-    SECURITY_ROWS(FS, DowngradesByEvent),
+    SECURITY_ROWS(FS, DowngradesByEvent, .WrittenAs(DeclassificationDate)),
     TEXT(FSCOP, 5),
     TEXT(FSCPYS, 5),
     TEXT(ENCRYP, 1),
-    TEXT(FBKGC, 3, kAbsent).Then(PackBackground).Terminated(),
+    TEXT(FBKGC, 3, kAbsent).SetBy(SetBackground).Then(PackBackground).Terminated().WrittenBy(WriteBackground),
     TEXT(ONAME, 24, 27).Blank().Settable(),
     TEXT(OPHONE, 18).Blank().Settable(),
-    TEXT(FL, 12).Number(&R::FlValue, &R::FlMirror).Streamed("999999999999"),
-    TEXT(HL, 6).Number(&R::HlRead, &R::HlWork).Streamed(kHlSentinel).Terminated(),
-    TEXT(NUMI, 3).Number(&R::NumImages).Terminated(),
+    TEXT(FL, 12).Number(&R::FlValue, &R::FlMirror).Streamed("999999999999").WrittenAs(FileLength),
+    TEXT(HL, 6)
+        .Number(&R::HlRead, &R::HlWork)
+        .Streamed(kHlSentinel)
+        .Terminated()
+        .WrittenAs(WorkingHeaderLength),
+    TEXT(NUMI, 3).Number(&R::NumImages).Terminated().WrittenAs(CountOfImages),
     ImageTable(),
-    TEXT(NUMS, 3).Number(&R::NumGraphics).Terminated(),
+    TEXT(NUMS, 3).Number(&R::NumGraphics).Terminated().WrittenAs(CountOfGraphics),
     GraphicTable(),
     TEXT(NUMX, 3, kAbsent).Must("000", ERR_FILE_FORMAT).Terminated(),
-    TEXT(NUML, kAbsent, 3).Number(&R::NumLabels).Terminated(),
+    TEXT(NUML, kAbsent, 3).Number(&R::NumLabels).Terminated().WrittenAs(CountOfLabels),
     LabelTable(),
-    TEXT(NUMT, 3).Number(&R::NumTexts).Terminated(),
+    TEXT(NUMT, 3).Number(&R::NumTexts).Terminated().WrittenAs(CountOfTexts),
     TextTable(),
     TEXT(NUMDES, 3).Number(&R::NumDes).Terminated(),
     DataExtensionTable(),
@@ -158,6 +247,7 @@ uint32_t CountBlockTres(const HostArray<uint8_t>& block) {
 }
 
 bool AddEntry(uint32_t count, uint32_t value, LengthList& read, LengthList& work) {
+  if (count > kMostLengths) return false;
   const uint64_t room = count + 1ULL;
   if ((read.size() < room && !read.Resize(room, Here())) ||
       (work.size() < room && !work.Resize(room, Here()))) {
@@ -171,6 +261,9 @@ bool AddEntry(uint32_t count, uint32_t value, LengthList& read, LengthList& work
 
 std::span<const FieldRow<NtfHdr>> FileHeaderRows() {
   return kRows;
+}
+std::span<const FieldRow<NtfHdr>> ImageLengthColumns() {
+  return kImageLengths;
 }
 
 NtfHdr::NtfHdr() {

@@ -17,6 +17,8 @@ struct NtfHdr {
   static constexpr bool kTerminatesTexts = false;
   static constexpr Start kSecurityStart = Start::kOpenBlank;
   static constexpr Start kDowngradeStart = Start::kOpenBlank;
+  static constexpr Fill kFill = Fill::kZero;
+  static constexpr Fill kDowngradeFill = Fill::kZero;
 
   // The lists named Read describe the source file and serve every seek in it; those named Work describe the
   // file to be written. They start equal; an empty list has no memory.
@@ -70,12 +72,17 @@ static_assert(sizeof(NtfHdr::Texts) == 5 + 6 + 3 + 5 + 11 + 15 + 81 + 2 + 3 + 41
 
 // The layout of the file header.
 std::span<const FieldRow<NtfHdr>> FileHeaderRows();
+// The columns of its table of images: LISH and LI.
+std::span<const FieldRow<NtfHdr>> ImageLengthColumns();
 
 // Reads the header from where the file stands. `streaming` 1: the pass over replacement data.
 int32_t ReadFileHeader(NtfHdr& header, NitfFile& document, StrmFHdr& stream, uint32_t streaming);
 
 // Sets one of the 19 text fields that have a setter of their own.
 int32_t SetHeaderField(NtfHdr& header, std::string_view field, const char* text);
+
+// No list grows beyond this: an application can set a count to anything.
+inline constexpr uint32_t kMostLengths = 99999;
 
 // One more entry for a new segment, at the index of the group's count, which the caller raises last. False
 // without memory, and then the lists are as before.

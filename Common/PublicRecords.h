@@ -1,5 +1,5 @@
 // The public header records: one table for each says which field of the header each member of the record
-// shows. Getters and free operations walk it.
+// shows. Getters, setters and free operations walk it.
 #pragma once
 
 #include <cstdint>
@@ -27,6 +27,7 @@ struct Member {
   uint16_t offset;  // in the record
   uint16_t extra;   // characters of a date, or the first character of a half
   const char* field;
+  bool filled = true;  // false: the getter leaves it alone, only the setter looks at it
 };
 
 // Members of `Record` that show the field of the same name.
@@ -49,6 +50,14 @@ struct Member {
 #define MEMBER_BAND_LIST(NAME)                              \
   Member {                                                  \
     MemberKind::kBandList, offsetof(Record, NAME), 0, #NAME \
+  }
+#define MEMBER_TAKEN_NUMBER(NAME)                                \
+  Member {                                                       \
+    MemberKind::kNumber, offsetof(Record, NAME), 0, #NAME, false \
+  }
+#define MEMBER_TAKEN_CHARS(NAME)                                                   \
+  Member {                                                                         \
+    MemberKind::kChars, offsetof(Record, NAME), sizeof(Record::NAME), #NAME, false \
   }
 // A member that shows half of the field FIELD.
 #define MEMBER_HALF(NAME, FIELD, FIRST)                      \
@@ -93,7 +102,7 @@ template <class R>
 int32_t FillMembers(void* record, std::span<const Member> members, const R& source,
                     std::span<const FieldRow<R>> rows) {
   for (const Member& member : members) {
-    if (member.kind == MemberKind::kOwned || member.kind == MemberKind::kBandList) continue;
+    if (!member.filled || member.kind == MemberKind::kOwned || member.kind == MemberKind::kBandList) continue;
     const int32_t status = FillMember(record, member, FindText(source, rows, member.field));
     if (status != SUCCESS) return status;
   }

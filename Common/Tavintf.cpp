@@ -2,6 +2,7 @@
 #include <new>
 
 #include "NitfFile.h"
+#include "SaveNitf.h"
 #include "TaviNitf.h"
 
 namespace tavi {
@@ -55,4 +56,8 @@ int32_t Tavi_NITFGetStatus(NitfHandle handle) {
   if (handle == nullptr) return ERR_NULL_HANDLE;
   const bool empty = handle->ImageCount + handle->GraphicCount + handle->LabelCount + handle->TextCount == 0;
   return (empty ? TAVI_DOCUMENT_EMPTY : 0) | (handle->HeaderValid != 0 ? TAVI_DOCUMENT_VALID : 0);
+}
+
+int32_t Tavi_NITFSaveFile(NitfHandle handle, const wchar_t* path) {
+  return handle != nullptr ? tavi::SaveDocument(*handle, path) : ERR_NULL_HANDLE;
 }

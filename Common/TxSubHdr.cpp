@@ -29,9 +29,9 @@ int32_t MarkSignature(R& record, const Field&) {
 constexpr FieldRow<R> kRows[] = {
     TEXT(TE, 2).Must("TE", ERR_FILE_FORMAT).Then(MarkSignature).Starts("TE").Settable(),
     TEXT(TEXTID, 7, 10).Starts("ID        ").Settable(),
-    TEXT(TXTALVL, 3, kAbsent).Number(&R::AttachmentLevel),
+    TEXT(TXTALVL, 3, kAbsent).Number(&R::AttachmentLevel).WrittenFromNumber(),
     TEXT(TXTDT, 14).Blank(),
-    TEXT(TXTITL, 80).Blank().Settable(),
+    TEXT(TXTITL, 80).Blank().Settable().Filled(Fill::kBlank),
     TEXT(TSCLAS, 1).Starts("U").Settable(),
     SECURITY_ROWS(TS, DowngradesByEvent),
     TEXT(ENCRYP, 1),

@@ -14,6 +14,8 @@ struct TxSubHdr {
   static constexpr bool kTerminatesTexts = true;
   static constexpr Start kSecurityStart = Start::kBlank;
   static constexpr Start kDowngradeStart = Start::kNul;
+  static constexpr Fill kFill = Fill::kZero;
+  static constexpr Fill kDowngradeFill = Fill::kBlank;
 
   explicit TxSubHdr(NitfFile* document);
 

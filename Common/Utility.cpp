@@ -65,7 +65,7 @@ int32_t FormatNumericField(char* destination, uint32_t width, int32_t value) {
 
 int32_t SetFixedText(char* destination, uint32_t width, const char* text) {
   if (destination == nullptr || text == nullptr) return ERR_INVALID_PARAMETER;
-  const size_t length = std::strlen(text);
+  const size_t length = strnlen(text, width + 1);  // what is longer need not end
   if (length > width) return ERR_INVALID_PARAMETER;
   std::memset(destination, ' ', width);
   std::memcpy(destination, text, length);

@@ -47,9 +47,21 @@ inline uint32_t ReadBig32(const uint8_t* p) {
   return ReadBig16(p) << 16 | ReadBig16(p + 2);
 }
 
+inline void WriteBig16(uint8_t* p, uint32_t value) {
+  p[0] = static_cast<uint8_t>(value >> 8);
+  p[1] = static_cast<uint8_t>(value);
+}
+inline void WriteBig32(uint8_t* p, uint32_t value) {
+  WriteBig16(p, value >> 16);
+  WriteBig16(p + 2, value);
+}
+
 // Sums and products as the format's 32-bit arithmetic has them: they wrap.
 inline int32_t WrapAdd(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+inline int32_t WrapSubtract(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
 }
 inline int32_t WrapMultiply(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));

@@ -213,6 +213,29 @@ enum TaviDocumentStatus {
 /* What a document is: a set of TaviDocumentStatus bits, or ERR_NULL_HANDLE. */
 TAVI_NITF_API int32_t Tavi_NITFGetStatus(NitfHandle handle);
 
+/*
+ * Writes the document as a new file: every header anew, the data of each segment as they are, from the source
+ * file or from memory; nothing is decoded. Data extensions are carried over, reserved extension segments are
+ * not, although the header lists them. The document stays open and may be edited and saved again; a save
+ * changes none of its headers' texts.
+ *
+ * What differs from the source although nothing was edited: FSDCXM takes the first four characters of FSDCDT; SCOLOR
+ * becomes "C"; IMAG is written as the first three characters of its number; a COMRAT other than 1D, 2DS and 2DH becomes
+ * 00.0, an unknown IREP becomes RGB and IC C0 becomes NM; LRESH takes the value of LRE; FL above 2147483647 becomes
+ * that; numbers are printed anew, and a text is cut at its first NUL and completed; block and pad masks of IC M4 come
+ * out with the bytes of each entry reversed; of IC C4 and M4 what stands behind the codes is dropped.
+ *
+ * A file of that name is replaced in place; after a failure what was written of it stays. The document's own source may
+ * be named too, by any spelling or link: the source is then read into memory before it is replaced, which is kept until
+ * Tavi_NITFDestroy, and the document goes on as before. To keep a file's old contents when a save fails, save
+ * under another name and rename.
+ * Status: ERR_NULL_HANDLE; ERR_FILE_WRITE when the file cannot be made or written in full; ERR_FILE_READ when the
+ * source ends inside the data of a segment; ERR_FILE_FORMAT for data of IC C4 or M4 without code rows;
+ * ERR_UNSUPPORTED_PVTYPE, with a message box of the host, for a sample type that is neither integer nor bilevel;
+ * ERR_NO_MEMORY.
+ */
+TAVI_NITF_API int32_t Tavi_NITFSaveFile(NitfHandle handle, const wchar_t* path);
+
 /* ---- Public header records ----------------------------------------------------------------------------- */
 
 /*
@@ -471,6 +494,46 @@ TAVI_NITF_API int32_t Tavi_NITFGetGraphicHeader(NitfHandle handle, uint32_t inde
 TAVI_NITF_API int32_t Tavi_NITFGetTextHeader(NitfHandle handle, uint32_t index, NitfTextHeaderInfo* record);
 
 /*
+ * Put a record's fields into a header of the document. Nothing on disk changes; a later save writes them. No length
+ * is computed anew: FL, HL and the lengths of the tables are the caller's business, except that ICORDS and IC take
+ * FL and the image's own entry along (by 60 and by 4 bytes) when they bring or remove IGEOLO and COMRAT.
+ *
+ * A text may be as long as the document's buffer of its field, which is the larger of the two layouts' widths, and is
+ * completed with blanks; one that is longer, or null, is refused. Numbers are written into the digits of their field
+ * without being looked at; one of more digits keeps its first ones. A block (UDHD, XHD, UDID, IXSHD, SXSHD, TXSHD)
+ * is read to the length that its length field in the same record says, less 3; null keeps the old block. A block
+ * whose length is below 3 is dropped (ERR_NO_MEMORY). TPXCD has (TPXCDLNTH + 7) / 8 bytes.
+ *
+ * Tavi_NITFSetNITFHeader takes all fields, whatever becomes of each: one that is refused keeps its value and nothing
+ * is said. Results: SUCCESS; 0 for a null handle, TAVI_BAD_INDEX for a null record. What to know:
+ *   - The members that the getter does not fill are taken as well: with a record that was zeroed and filled by the
+ *     getter, NUMX, NUMDES, NUMRES, UDHDL and XHDL become 0 and FBKGC black.
+ *   - The classification texts come from the getter with what lies behind them: cut them at their widths, or they are
+ *     refused. CLEVEL is taken if it is 1 to 7 or 99; files with another level than 3 are not opened again.
+ *   - FVER is printed as a number, which spoils FVER and FHDR: a saved file then is no NITF file any more.
+ *   - HL moves what is read of the source file, FL is taken as it is. NUMI and its like change the header's own number
+ *     and not the segments; each list is taken as far as the header has entries. LS changes where the source's drawings
+ *     are looked for and not what a save writes. LRESH and LRE are taken for the first NUMDES entries. Any list may
+ *     be null.
+ *
+ * The subheader setters take the fields in an order of their own and stop at the first that is refused; those before
+ * it keep their new values. The refused field is set a second time, and that result is returned. Results: SUCCESS;
+ * TAVI_BAD_INDEX for a null record and for an index at or beyond the list; 0 for a null handle;
+ * ERR_INVALID_PARAMETER for a text that is too long, null, or outside its field's set (PVTYPE, IREP, PJUST, IC,
+ * IMODE; the code of an overlong text that begins well is taken all the same), and for a comment beyond the stored
+ * ones; ERR_NO_MEMORY. What to know:
+ *   - The first member of a location goes to the first half: a record that a getter has filled exchanges row and column
+ *     of ILOC and SLOC. A negative half of SBND1 or SBND2 is stored in a way that reads as 0.
+ *   - NBANDS makes a new band table without roles, subcategories, filters and look-up tables. IGEOLO, the band lists
+ *     and TSDGDT are not taken. NICOM does not change the number of comments.
+ */
+TAVI_NITF_API int32_t Tavi_NITFSetNITFHeader(NitfHandle handle, NitfHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFSetImageHeader(NitfHandle handle, uint32_t index, NitfImageHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFSetGraphicHeader(NitfHandle handle, uint32_t index,
+                                                NitfGraphicHeaderInfo* record);
+TAVI_NITF_API int32_t Tavi_NITFSetTextHeader(NitfHandle handle, uint32_t index, NitfTextHeaderInfo* record);
+
+/*
  * Free what a record points to and set each pointer to null; numbers and dates stay. Harmless for a zeroed
  * record and when run again. ICOM is freed by the record's NICOM and the band lists by its NBANDS, so neither
  * may be changed in between. SUCCESS; ERR_NULL_ARGUMENT for a null record.
@@ -487,6 +550,66 @@ TAVI_NITF_API int32_t Tavi_NITFFreeTextHeader(NitfTextHeaderInfo* record);
  */
 TAVI_NITF_API int32_t Tavi_NITFGetTextSegment(NitfHandle handle, uint32_t index, uint8_t* buffer,
                                               uint32_t* size);
+
+/* ---- New segments ---------------------------------------------------------------------------------------- */
+
+/*
+ * An append puts a new segment behind those of its kind. Its data stay in memory until Tavi_NITFDestroy, the source
+ * file is not touched, and a save writes all. The counts, FL and the lengths of the file header follow; the texts
+ * of NUMI, NUMS, NUMT and HL do not, so that Tavi_NITFGetNITFHeader shows the old numbers. A document holds 999
+ * segments of each kind at most: the next append returns 0. One that fails leaves the document as it was.
+ *
+ * A new image or graphic lies above all others: its display level is the highest in use plus 1. The date of an image or
+ * text is the file's (FDT), with the last of its two-digit fields that is above 1 lowered by 1; a text's keeps its
+ * seconds. Fields that nothing is said of have the defaults of their kind.
+ */
+
+/*
+ * Encodes a bitmap as JPEG (IC C3) and appends it as an image of one block, at the origin and attached to nothing.
+ *   format          10: components YCbCr; 182: RGB
+ *   bits            8: a grey picture (IREP MONO), 24: a colour picture (IREP YCbCr601 or RGB)
+ *   quality_factor  2, the best, to 255, the coarsest
+ * A side above 9999 pixels does not fit its fields, which nothing looks at.
+ * Results: SUCCESS; 0 when there are 999 images; ERR_NULL_HANDLE; ERR_NO_BITMAP for a null bitmap or one without memory
+ * of its own (bit 0 of its flags); ERR_INVALID_BPP for other bits; ERR_INVALID_QFACTOR; ERR_FILE_FORMAT for another
+ * format; ERR_NO_MEMORY; the status of HostSaveMemory.
+ */
+TAVI_NITF_API int32_t Tavi_NITFAppendImageSegment(NitfHandle handle, HostBitmap* bitmap, int32_t format,
+                                                  int32_t bits, int32_t quality_factor);
+/*
+ * Writes a drawing as CGM and appends it as a graphic, attached to the lowest segment there is. The rectangle becomes
+ * SBND1 (left, top) and SBND2 (right, bottom); SLOC stays 0. The caller's vector is changed: a drawing that reaches
+ * above the x axis is moved below it, by its height above it and one unit more, and the rectangle becomes its viewport;
+ * both also when the append fails later. Of the drawing only the CGM data are kept.
+ * Results: SUCCESS; 0 when there are 999 graphics; ERR_NULL_HANDLE for a null handle or rectangle; ERR_NULL_ARGUMENT for
+ * a null vector; ERR_INVALID_VECTOR for an empty one; ERR_INVALID_PARAMETER for a drawing that reaches beyond row or
+ * column 99999; ERR_NO_MEMORY; the status of HostVecSaveMemory.
+ */
+TAVI_NITF_API int32_t Tavi_NITFAppendGraphicSegment(NitfHandle handle, HostVector* vector,
+                                                    const HostRect* rectangle);
+/*
+ * Appends the contents of a file as a text, of TXTFMT STA whatever it holds, attached to the lowest segment there is.
+ * More than 99999 bytes do not fit the length in the file header, which nothing looks at. Tavi_NITFGetTextSegment
+ * yields such a text up to its first NUL.
+ * Results: SUCCESS; 0 when there are 999 texts; ERR_NULL_HANDLE; ERR_FILE_OPEN when the file cannot be opened;
+ * ERR_NO_MEMORY.
+ */
+TAVI_NITF_API int32_t Tavi_NITFAppendTextSegment(NitfHandle handle, const wchar_t* path);
+
+/*
+ * Replaces the drawing of a graphic: its CGM data, and the segment's vector, which becomes a copy. The vector may be
+ * the segment's own. The graphic's length in the file header follows, FL and the bounds do not.
+ * Status: ERR_NULL_HANDLE; ERR_INVALID_PARAMETER for an index at or beyond the graphics; ERR_NULL_ARGUMENT for a null
+ * vector; ERR_INVALID_VECTOR for an empty one; ERR_NO_MEMORY; the statuses of HostVecSaveMemory and HostVecCopy.
+ */
+TAVI_NITF_API int32_t Tavi_NITFSetVectorHandle(NitfHandle handle, uint32_t index, HostVector* vector);
+/*
+ * The vector of a graphic, after the drawing of the first graphic has been loaded from the source file: any other
+ * one's is as Tavi_NITFSetVectorHandle or a composition has left it, empty otherwise. It belongs to the document and
+ * lives as long. Null for a null handle, for an index at or beyond the graphics, and when the first graphic cannot be
+ * loaded, as in a document without a source file.
+ */
+TAVI_NITF_API HostVector* Tavi_NITFGetVectorHandle(NitfHandle handle, uint32_t index);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -1,52 +1,13 @@
 // Real pictures of every code, decoded by the host's own decoders through the filter's entries, against the
 // codec libraries' decoders or the very samples that were coded.
-#include <algorithm>
-#include <cstdlib>
-
 #include "../host_codecs/DeepJpegEncoder.h"
 #include "../host_codecs/FaxEncoder.h"
 #include "../host_codecs/Jpeg2000Encoder.h"
 #include "../host_codecs/JpegEncoder.h"
-#include "CodedTest.h"
-#include "Coverage.h"
-#include "Streams.h"
+#include "PictureTest.h"
 
 namespace tavi_test {
 namespace {
-
-enum class Layout { kSingle, kMasked, kScanned };
-
-const char* NameOf(Layout layout) {
-  return layout == Layout::kSingle   ? "one stream"
-         : layout == Layout::kMasked ? "tiles by mask"
-                                     : "tiles by scan";
-}
-
-// A part of a picture.
-Pixels Crop(const Pixels& from, uint32_t x0, uint32_t y0, uint32_t width, uint32_t height) {
-  Pixels part(width, height, from.channels);
-  for (uint32_t y = 0; y < height; ++y)
-    for (uint32_t x = 0; x < width; ++x)
-      for (uint32_t c = 0; c < from.channels; ++c) part.At(x, y, c) = from.At(x0 + x, y0 + y, c);
-  return part;
-}
-
-// The 8 most significant bits.
-Pixels Shown(const Pixels& from, uint32_t bits) {
-  Pixels shown = from;
-  const uint32_t full = (1U << bits) - 1;
-  for (uint16_t& sample : shown.samples) sample = static_cast<uint16_t>((sample * 255U + full / 2) / full);
-  return shown;
-}
-
-using Encode = std::function<Stream(const Pixels&)>;
-using Restore = std::function<Pixels(const Stream&)>;
-
-struct Coding {
-  std::string name;
-  Encode encode;
-  Restore restore;  // what the stream decodes to
-};
 
 Coding Jpeg(JpegColor color, int across = 1, int down = 1, bool progressive = false, int restart = 0) {
   const JpegSettings settings{.color = color,
@@ -64,107 +25,28 @@ Coding Jpeg2000(uint32_t bits, double ratio = 0) {
           [](const Stream& s) { return DecodeJpeg2000(s); }};
 }
 
-class Pictures : public CodedTest {
- protected:
-  static constexpr uint32_t kWidth = 64;
-  static constexpr uint32_t kHeight = 48;
-
-  // An image of the scene's tiles, in the layout.
-  struct Coded {
-    ImageSpec image;
-    Pixels expected;
-  };
-  Coded Make(const std::string& ic, const std::string& irep, uint32_t bits, const Pixels& scene,
-             Layout layout, const Coding& coding) {
-    const bool single = layout == Layout::kSingle;
-    const uint32_t across = single ? 1 : 2;
-    const uint32_t down = single ? 1 : 3;
-    Coded coded{CodedImage(ic, irep, scene.channels, across, down, scene.width / across, scene.height / down),
-                Pixels(scene.width, scene.height, scene.channels)};
-    coded.image.abpp = bits;
-    coded.image.nbpp = bits <= 8 ? 8 : bits == 12 ? 12 : 16;
-    std::vector<uint32_t> offsets;
-    for (uint32_t block = 0; block < across * down; ++block) {
-      const uint32_t x = block % across * coded.image.nppbh;
-      const uint32_t y = block / across * coded.image.nppbv;
-      Stream stream = coding.encode(Crop(scene, x, y, coded.image.nppbh, coded.image.nppbv));
-      const Pixels restored = coding.restore(stream);
-      for (uint32_t v = 0; v < restored.height; ++v)
-        for (uint32_t u = 0; u < restored.width; ++u)
-          for (uint32_t c = 0; c < restored.channels; ++c)
-            coded.expected.At(x + u, y + v, c) = restored.At(u, v, c);
-      // The backward search wants the last stream within its last stretch, or at least not at a seam.
-      if (!single && stream.size() < 900) stream.resize(900);
-      if (block + 1 == across * down)
-        while (stream.size() % 1024 < 3) stream.push_back(0);
-      offsets.push_back(static_cast<uint32_t>(coded.image.pixels.size()));
-      coded.image.pixels.insert(coded.image.pixels.end(), stream.begin(), stream.end());
-    }
-    if (layout == Layout::kMasked) coded.image.mask.block_offsets = offsets;
-    return coded;
-  }
-
-  static int Worst(const LoadedPicture& picture, const Pixels& expected) {
-    int worst = 0;
-    for (uint32_t y = 0; y < expected.height; ++y) {
-      for (uint32_t x = 0; x < expected.width; ++x) {
-        const Rgb is = picture.At(x, y);
-        const auto due = [&](uint32_t c) { return int{expected.At(x, y, expected.channels == 1 ? 0 : c)}; };
-        worst = std::max(
-            {worst, std::abs(is.red - due(0)), std::abs(is.green - due(1)), std::abs(is.blue - due(2))});
-      }
-    }
-    return worst;
-  }
-
-  void ExpectShown(const ImageSpec& image, const Pixels& expected, int tolerance, const std::string& layout,
-                   const std::string& codec) {
-    SCOPED_TRACE(image.ic + ", " + image.irep + ", " + layout + ", " + codec);
-    const LoadedPicture picture = Decode(image);
-    ASSERT_EQ(picture.status, SUCCESS);
-    ASSERT_EQ(picture.width, expected.width);
-    ASSERT_EQ(picture.height, expected.height);
-    EXPECT_LE(Worst(picture, expected), tolerance);
-    if (!HasFailure()) RecordDecoded(image, layout, codec);
-  }
-
-  void Expect(const std::string& ic, const std::string& irep, uint32_t bits, uint32_t channels, Layout layout,
-              const Coding& coding, int tolerance) {
-    const Pixels scene = MakeScene(kWidth, kHeight, channels, bits);
-    const Coded coded = Make(ic, irep, bits, scene, layout, coding);
-    ExpectShown(coded.image, bits == 8 ? coded.expected : Shown(coded.expected, bits), tolerance,
-                NameOf(layout), coding.name);
-  }
-
-  static std::vector<std::pair<std::string, Layout>> JpegCodes() {
-    return {{"C3", Layout::kSingle},
-            {"C3", Layout::kScanned},
-            {"M3", Layout::kMasked},
-            {"M3", Layout::kSingle},
-            {"I1", Layout::kSingle}};
-  }
-};
+using Pictures = PictureTest;
 
 TEST_F(Pictures, GreyJpeg) {
-  for (const auto& [ic, layout] : JpegCodes()) {
-    Expect(ic, "MONO", 8, 1, layout, Jpeg(JpegColor::kGrey), 2);
-    Expect(ic, "MONO", 8, 1, layout, Jpeg(JpegColor::kGrey, 1, 1, true), 2);
-    Expect(ic, "MONO", 8, 1, layout, Jpeg(JpegColor::kGrey, 1, 1, false, 1), 2);
+  for (const auto& [ic, placement] : JpegCodes()) {
+    Expect(ic, "MONO", 8, 1, placement, Jpeg(JpegColor::kGrey), 2);
+    Expect(ic, "MONO", 8, 1, placement, Jpeg(JpegColor::kGrey, 1, 1, true), 2);
+    Expect(ic, "MONO", 8, 1, placement, Jpeg(JpegColor::kGrey, 1, 1, false, 1), 2);
   }
 }
 
 TEST_F(Pictures, YcbcrJpegOfEverySubsampling) {
-  for (const auto& [ic, layout] : JpegCodes()) {
+  for (const auto& [ic, placement] : JpegCodes()) {
     for (const auto& [across, down] : {std::pair{1, 1}, {2, 1}, {2, 2}, {1, 2}})
-      Expect(ic, "YCbCr601", 8, 3, layout, Jpeg(JpegColor::kYcc, across, down), 2);
+      Expect(ic, "YCbCr601", 8, 3, placement, Jpeg(JpegColor::kYcc, across, down), 2);
   }
 }
 
 // A stream that says that it is YCbCr is converted even where the image is said to be RGB.
 TEST_F(Pictures, RgbImagesOfEitherColourSpace) {
-  for (const auto& [ic, layout] : JpegCodes()) {
-    Expect(ic, "RGB", 8, 3, layout, Jpeg(JpegColor::kRgb), 2);
-    Expect(ic, "RGB", 8, 3, layout, Jpeg(JpegColor::kYcc), 2);
+  for (const auto& [ic, placement] : JpegCodes()) {
+    Expect(ic, "RGB", 8, 3, placement, Jpeg(JpegColor::kRgb), 2);
+    Expect(ic, "RGB", 8, 3, placement, Jpeg(JpegColor::kYcc), 2);
   }
 }
 
@@ -173,7 +55,7 @@ TEST_F(Pictures, RgbImagesWithoutMarkersAreTakenAsTheyAre) {
   const JpegSettings settings{.color = JpegColor::kRgb, .quality = 95, .markers = false};
   const Coding coding{"JPEG 8-bit", [=](const Pixels& p) { return EncodeJpeg(p, settings); },
                       [](const Stream& s) { return DecodeJpeg(s, true); }};
-  for (const auto& [ic, layout] : JpegCodes()) Expect(ic, "RGB", 8, 3, layout, coding, 2);
+  for (const auto& [ic, placement] : JpegCodes()) Expect(ic, "RGB", 8, 3, placement, coding, 2);
 }
 
 TEST_F(Pictures, BandsOfAMultiImageAreChosenFromTheStream) {
@@ -194,27 +76,24 @@ TEST_F(Pictures, TilesOfAMultiImageAreDecodedBehindTheirFreshStart) {
   const JpegSettings settings{.color = JpegColor::kRgb, .quality = 95, .markers = false};
   const Coding coding{"JPEG 8-bit", [=](const Pixels& p) { return EncodeJpeg(p, settings); },
                       [](const Stream& s) { return DecodeJpeg(s, true); }};
-  Expect("C3", "MULTI", 8, 3, Layout::kScanned, coding, 2);
+  Expect("C3", "MULTI", 8, 3, Placement::kScanned, coding, 2);
 }
 
 TEST_F(Pictures, TwelveBitJpeg) {
   for (const DeepProcess process : {DeepProcess::kSequential, DeepProcess::kSpectralSelection}) {
     const Coding coding{"JPEG 12-bit", [=](const Pixels& p) { return EncodeJpeg12(p, process); },
                         [](const Stream& s) { return LoadPixels(s); }};
-    for (const auto& [ic, layout] : JpegCodes()) {
+    for (const auto& [ic, placement] : JpegCodes()) {
       // Against the very samples: coding itself costs a little.
       const Pixels scene = MakeScene(kWidth, kHeight, 1, 12);
-      const Coded coded = Make(ic, "MONO", 12, scene, layout, coding);
-      ExpectShown(coded.image, Shown(scene, 12), 6, NameOf(layout), coding.name);
+      const Coded coded = Make(ic, "MONO", 12, scene, placement, coding);
+      ExpectShown(coded.image, Shown(scene, 12), 6, NameOf(placement), coding.name);
     }
   }
 }
 
 TEST_F(Pictures, LosslessJpeg) {
-  for (const auto& [ic, layout] : std::vector<std::pair<std::string, Layout>>{{"C5", Layout::kSingle},
-                                                                              {"C5", Layout::kScanned},
-                                                                              {"M5", Layout::kMasked},
-                                                                              {"M5", Layout::kSingle}}) {
+  for (const auto& [ic, placement] : LosslessCodes()) {
     for (const uint32_t bits : {8U, 12U, 16U}) {
       for (const int predictor : {1, 4, 7}) {
         const Pixels scene = MakeScene(kWidth, kHeight, 1, bits);
@@ -222,15 +101,15 @@ TEST_F(Pictures, LosslessJpeg) {
             "lossless JPEG",
             [=](const Pixels& p) { return EncodeLossless(p, {.bits = bits, .predictor = predictor}); },
             [](const Stream& s) { return LoadPixels(s); }};
-        const Coded coded = Make(ic, "MONO", bits, scene, layout, coding);
+        const Coded coded = Make(ic, "MONO", bits, scene, placement, coding);
         EXPECT_EQ(MaxDifference(coded.expected, scene), 0);
-        ExpectShown(coded.image, Shown(scene, bits), bits == 8 ? 0 : 1, NameOf(layout), coding.name);
+        ExpectShown(coded.image, Shown(scene, bits), bits == 8 ? 0 : 1, NameOf(placement), coding.name);
       }
     }
     const Pixels scene = MakeScene(kWidth, kHeight, 3, 8);
     const Coding coding{"lossless JPEG", [](const Pixels& p) { return EncodeLossless(p, {.bits = 8}); },
                         [](const Stream& s) { return LoadPixels(s, {.flags = kAsRgb}); }};
-    ExpectShown(Make(ic, "RGB", 8, scene, layout, coding).image, scene, 0, NameOf(layout), coding.name);
+    ExpectShown(Make(ic, "RGB", 8, scene, placement, coding).image, scene, 0, NameOf(placement), coding.name);
   }
 }
 
@@ -238,10 +117,10 @@ TEST_F(Pictures, LosslessJpeg) {
 TEST_F(Pictures, Jpeg2000OfEveryDepth) {
   for (const char* ic : {"C8", "M8"}) {
     for (const uint32_t bits : {8U, 12U, 16U})
-      Expect(ic, "MONO", bits, 1, Layout::kSingle, Jpeg2000(bits), bits == 8 ? 0 : 1);
-    Expect(ic, "RGB", 8, 3, Layout::kSingle, Jpeg2000(8), 0);
-    Expect(ic, "RGB", 8, 3, Layout::kSingle, Jpeg2000(8, 8), 1);
-    Expect(ic, "MULTI", 8, 3, Layout::kSingle, Jpeg2000(8), 0);
+      Expect(ic, "MONO", bits, 1, Placement::kSingle, Jpeg2000(bits), bits == 8 ? 0 : 1);
+    Expect(ic, "RGB", 8, 3, Placement::kSingle, Jpeg2000(8), 0);
+    Expect(ic, "RGB", 8, 3, Placement::kSingle, Jpeg2000(8, 8), 1);
+    Expect(ic, "MULTI", 8, 3, Placement::kSingle, Jpeg2000(8), 0);
   }
 }
 
@@ -269,9 +148,9 @@ TEST_F(Pictures, FourBandsOfJpeg2000ShowTheChosenThree) {
 // Codes that carry no stream of their own kind are decoded all the same.
 TEST_F(Pictures, C6AndM6HoldAnyStream) {
   for (const char* ic : {"C6", "M6"}) {
-    Expect(ic, "MONO", 8, 1, Layout::kSingle, Jpeg(JpegColor::kGrey), 2);
-    Expect(ic, "MONO", 8, 1, Layout::kScanned, Jpeg(JpegColor::kGrey), 2);
-    Expect(ic, "MONO", 8, 1, Layout::kSingle, Jpeg2000(8), 0);
+    Expect(ic, "MONO", 8, 1, Placement::kSingle, Jpeg(JpegColor::kGrey), 2);
+    Expect(ic, "MONO", 8, 1, Placement::kScanned, Jpeg(JpegColor::kGrey), 2);
+    Expect(ic, "MONO", 8, 1, Placement::kSingle, Jpeg2000(8), 0);
   }
 }
 
@@ -289,40 +168,14 @@ TEST_F(Pictures, ADownsampledPictureIsStretched) {
     for (uint32_t x = 0; x < 64; ++x) ASSERT_EQ(picture.At(x, y), (Rgb{123, 123, 123})) << x << ", " << y;
 }
 
-// One stream for each band, in the order in which they are looked for: with three bands, band 1 of a block
-// stands four streams behind band 0, and band 2 another four. Four blocks fill that exactly.
 TEST_F(Pictures, BandSequentialStreams) {
-  const Pixels scene = MakeScene(kWidth, kHeight, 3, 8);
-  constexpr uint32_t kBlocks = 4;
-  ImageSpec image = CodedImage("C3", "RGB", 3, 2, 2, kWidth / 2, kHeight / 2).Mode('S');
-  Pixels expected(kWidth, kHeight, 3);
-  for (uint32_t band = 0; band < 3; ++band) {
-    for (uint32_t block = 0; block < kBlocks; ++block) {
-      const uint32_t x = block % 2 * kWidth / 2;
-      const uint32_t y = block / 2 * kHeight / 2;
-      Stream stream = EncodeJpeg(ChannelOf(Crop(scene, x, y, kWidth / 2, kHeight / 2), band),
-                                 {.color = JpegColor::kGrey});
-      const Pixels restored = DecodeJpeg(stream);
-      for (uint32_t v = 0; v < restored.height; ++v)
-        for (uint32_t u = 0; u < restored.width; ++u) expected.At(x + u, y + v, band) = restored.At(u, v);
-      stream.resize(std::max<size_t>(stream.size(), 900));
-      if (stream.size() % 1024 < 3) stream.resize(stream.size() + 3);
-      image.pixels.insert(image.pixels.end(), stream.begin(), stream.end());
-    }
-  }
-  ExpectShown(image, expected, 2, "a stream for each band", "JPEG 8-bit");
+  const Coded coded = MakeBands("C3", MakeScene(kWidth, kHeight, 3, 8), Jpeg(JpegColor::kGrey));
+  ExpectShown(coded.image, coded.expected, 2, "a stream for each band", "JPEG 8-bit");
 }
 
 TEST_F(Pictures, BandSequentialStreamsUnderAMaskAreGrey) {
-  const Pixels scene = MakeScene(kWidth, kHeight, 1, 8);
-  const Coded coded = Make("M3", "MONO", 8, scene, Layout::kMasked, Jpeg(JpegColor::kGrey));
-  ImageSpec image = coded.image;
-  image.irep = "RGB";
-  image.Mode('S').Roles({"R ", "G ", "B "});
-  // The last entry counts from the start of the data.
-  auto& entries = *image.mask.block_offsets;
-  entries.back() += static_cast<uint32_t>(image.MaskTable().size());
-  ExpectShown(image, coded.expected, 2, "a stream for each band", "JPEG 8-bit");
+  const Coded coded = MakeMaskedBands("M3", MakeScene(kWidth, kHeight, 1, 8), Jpeg(JpegColor::kGrey));
+  ExpectShown(coded.image, coded.expected, 2, "a stream for each band", "JPEG 8-bit");
 }
 
 TEST_F(Pictures, Fax) {
@@ -338,11 +191,7 @@ TEST_F(Pictures, Fax) {
   };
   for (const char* ic : {"C1", "M1"}) {
     for (const auto& [comrat, kind, fill, name] : kinds) {
-      ImageSpec image = CodedImage(ic, "MONO", 1, 1, 1, 200, 120);
-      image.pvtype = "B";
-      image.nbpp = image.abpp = 1;
-      image.comrat = comrat;
-      image.pixels = EncodeFax(page, {.kind = kind, .fill_bits = fill});
+      ImageSpec image = FaxImage(ic, comrat, 200, 120, EncodeFax(page, {.kind = kind, .fill_bits = fill}));
       ExpectShown(image, shown, 0, "one stream", name);
       // Blocks play no part: the stream is the whole grid.
       image.Blocks(4, 3, 50, 40);
@@ -353,12 +202,8 @@ TEST_F(Pictures, Fax) {
 
 TEST_F(Pictures, AFaxPictureWithATableShowsItsColours) {
   const Pixels page = MakePage(64, 40);
-  ImageSpec image = CodedImage("C1", "MONO", 1, 1, 1, 64, 40);
-  image.pvtype = "B";
-  image.nbpp = image.abpp = 1;
-  image.comrat = "1D";
+  ImageSpec image = FaxImage("C1", "1D", 64, 40, EncodeFax(page, {}));
   image.bands[0].luts = {{200, 10}, {201, 20}, {202, 30}};
-  image.pixels = EncodeFax(page, {});
   const LoadedPicture picture = Decode(image);
   ASSERT_EQ(picture.status, SUCCESS);
   for (uint32_t y = 0; y < 40; ++y)

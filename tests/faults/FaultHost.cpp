@@ -66,6 +66,12 @@ void NoteClose() {
   }
 }
 
+void NoteWrite() {
+  if (state.watching && InLibrary()) {
+    ++state.demand.writes;
+  }
+}
+
 uint64_t Product(uint64_t count, uint64_t size) {
   uint64_t bytes = 0;
   return __builtin_mul_overflow(count, size, &bytes) ? UINT64_MAX : bytes;
@@ -98,6 +104,8 @@ const char* Name(Kind kind) {
       return "FileReadShort";
     case Kind::kReadNothing:
       return "FileReadNothing";
+    case Kind::kWriteNothing:
+      return "FileWriteNothing";
     case Kind::kSeek:
       return "FileSeek";
     case Kind::kCreateBitmap:
@@ -126,6 +134,22 @@ const char* Name(Kind kind) {
       return "ColorMerge";
     case Kind::kAttach:
       return "AttachBitmapData";
+    case Kind::kWrite:
+      return "FileWrite";
+    case Kind::kSaveMemory:
+      return "SaveMemory";
+    case Kind::kGlobalLock:
+      return "GlobalLock";
+    case Kind::kVecLoad:
+      return "VecLoadMemory";
+    case Kind::kVecAdd:
+      return "VecAdd";
+    case Kind::kVecPaint:
+      return "VecPaint";
+    case Kind::kVecCopy:
+      return "VecCopy";
+    case Kind::kVecExtents:
+      return "VecExtents";
   }
   return "unknown";
 }
@@ -197,6 +221,7 @@ using tavi::faults::Kind;
 using tavi::faults::Next;
 using tavi::faults::NoteClose;
 using tavi::faults::NoteRequest;
+using tavi::faults::NoteWrite;
 using tavi::faults::Product;
 
 // The operation behind this one, looked up once.
@@ -281,6 +306,26 @@ uint64_t HostFileRead(int64_t file, void* buffer, uint64_t bytes) {
   constexpr int32_t kFromHere = 1;
   HostFileSeek(file, -1, kFromHere);
   return moved - 1;
+}
+
+uint64_t HostFileWrite(int64_t file, const void* buffer, uint64_t bytes) {
+  NoteWrite();
+  if (bytes > 0 && Fails(Kind::kWriteNothing)) {
+    return 0;
+  }
+  const bool falls_short = bytes > 0 && Fails(Kind::kWrite);
+  NEXT(HostFileWrite);
+  return next(file, buffer, falls_short ? bytes - 1 : bytes);
+}
+
+uint64_t HostFileWriteHuge(int64_t file, const void* buffer, uint64_t bytes) {
+  NoteWrite();
+  if (bytes > 0 && Fails(Kind::kWriteNothing)) {
+    return 0;
+  }
+  const bool falls_short = bytes > 0 && Fails(Kind::kWrite);
+  NEXT(HostFileWriteHuge);
+  return next(file, buffer, falls_short ? bytes - 1 : bytes);
 }
 
 int64_t HostFileSeek(int64_t file, int64_t offset, int32_t origin) {
@@ -499,6 +544,117 @@ int32_t HostPaintBitmapKeyed(HostDrawingContext context, const HostBitmap* bitma
   return next(context, bitmap, source, source_clip, destination, destination_clip, opacity, reserved1,
               reserved2, reserved3, reserved4, reserved5, reserved6, reserved7, transparent, reserved8,
               reserved9, operation);
+}
+
+int32_t HostSaveMemory(HostGlobalMemory* block, const HostBitmap* bitmap, uint32_t format, uint32_t bits,
+                       int32_t quality_factor, uint64_t* size, const HostSaveOptionsRecord* options) {
+  if (Fails(Kind::kSaveMemory)) {
+    *block = nullptr;
+    *size = 0;
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostSaveMemory);
+  return next(block, bitmap, format, bits, quality_factor, size, options);
+}
+
+int32_t HostVecSaveMemory(HostGlobalMemory* block, const HostVector* vector, uint32_t format, uint64_t* size,
+                          const HostSaveOptionsRecord* options) {
+  if (Fails(Kind::kSaveMemory)) {
+    *block = nullptr;
+    *size = 0;
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostVecSaveMemory);
+  return next(block, vector, format, size, options);
+}
+
+void HostGlobalFree(HostGlobalMemory block, int32_t line, const wchar_t* unit) {
+  NEXT(HostGlobalFree);
+  next(block, line, unit);
+}
+
+void* GlobalLock(HostGlobalMemory block) {
+  if (Fails(Kind::kGlobalLock)) {
+    return nullptr;
+  }
+  NEXT(GlobalLock);
+  return next(block);
+}
+
+int32_t HostVecLoadMemory(const void* data, HostVector* vector, uint64_t size, HostLoadFlagsRecord* options,
+                          uint32_t reserved) {
+  if (Fails(Kind::kVecLoad)) {
+    return ERR_FILE_FORMAT;
+  }
+  NEXT(HostVecLoadMemory);
+  return next(data, vector, size, options, reserved);
+}
+
+void HostVecFree(HostVector* vector) {
+  NEXT(HostVecFree);
+  next(vector);
+}
+
+int32_t HostVecAddLayer(HostVector* vector, const ObjectLayerRecord* record, HostVectorLayer* layer,
+                        uint32_t flags) {
+  if (Fails(Kind::kVecAdd)) {
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostVecAddLayer);
+  return next(vector, record, layer, flags);
+}
+
+int32_t HostVecAddObject(HostVector* vector, uint32_t reserved1, uint32_t kind,
+                         const VectorObjectRecord* object, uint32_t reserved2) {
+  if (Fails(Kind::kVecAdd)) {
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostVecAddObject);
+  return next(vector, reserved1, kind, object, reserved2);
+}
+
+int32_t HostVecGetBounds(const HostVector* vector, uint32_t reserved1, HostRect* bounds, uint32_t reserved2) {
+  if (Fails(Kind::kVecExtents)) {
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostVecGetBounds);
+  return next(vector, reserved1, bounds, reserved2);
+}
+
+int32_t HostVecGetExtents(const HostVector* vector, double smallest[3], double largest[3]) {
+  if (Fails(Kind::kVecExtents)) {
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostVecGetExtents);
+  return next(vector, smallest, largest);
+}
+
+int32_t HostVecPaint(HostDrawingContext context, HostVector* vector, int32_t width, int32_t height,
+                     uint32_t reserved1, uint32_t reserved2, const HostRect* rectangle, uint32_t reserved3,
+                     uint32_t reserved4) {
+  if (Fails(Kind::kVecPaint)) {
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostVecPaint);
+  return next(context, vector, width, height, reserved1, reserved2, rectangle, reserved3, reserved4);
+}
+
+void HostVecApplyTransform(HostVector* vector) {
+  NEXT(HostVecApplyTransform);
+  next(vector);
+}
+
+int32_t HostVecCopy(HostVector* target, const HostVector* source, uint32_t flags) {
+  if (Fails(Kind::kVecCopy)) {
+    return ERR_NO_MEMORY;
+  }
+  NEXT(HostVecCopy);
+  return next(target, source, flags);
+}
+
+int32_t TextOutA(HostDrawingContext context, int32_t x, int32_t y, const char* text, int32_t length) {
+  NEXT(TextOutA);
+  return next(context, x, y, text, length);
 }
 
 HostPalette SelectPalette(HostDrawingContext context, HostPalette palette, int32_t background) {

@@ -19,6 +19,7 @@ enum class Kind : uint8_t {
   kOpen,            // HostFileOpen gives -1
   kReadShort,       // HostFileRead moves one byte less than it could
   kReadNothing,     // HostFileRead moves nothing
+  kWriteNothing,    // HostFileWrite and HostFileWriteHuge move nothing
   kSeek,            // HostFileSeek leaves the position and gives -1
   kCreateBitmap,    // HostCreateBitmap gives ERR_NO_MEMORY and an empty record
   kCreateDc,        // HostCreateBitmapDC gives null
@@ -33,13 +34,23 @@ enum class Kind : uint8_t {
   kIdentify,        // HostFileInfoMemory gives ERR_NOT_SUPPORTED
   kMerge,           // HostColorMerge gives ERR_NO_MEMORY and an empty record
   kAttach,          // HostAttachBitmapData gives ERR_NO_BITMAP
+  kWrite,           // HostFileWrite and HostFileWriteHuge move one byte less than they could
+  kSaveMemory,      // HostSaveMemory and HostVecSaveMemory give ERR_NO_MEMORY and no block
+  kGlobalLock,      // GlobalLock gives null
+  kVecLoad,         // HostVecLoadMemory gives ERR_FILE_FORMAT and leaves the vector empty
+  kVecAdd,          // HostVecAddLayer and HostVecAddObject give ERR_NO_MEMORY
+  kVecPaint,        // HostVecPaint gives ERR_NO_MEMORY
+  kVecCopy,         // HostVecCopy gives ERR_NO_MEMORY
+  kVecExtents,      // HostVecGetBounds and HostVecGetExtents give ERR_NO_MEMORY
 };
 
 inline constexpr Kind kAllKinds[] = {
-    Kind::kAlloc,       Kind::kNew,        Kind::kHostNew,      Kind::kOpen,           Kind::kReadShort,
-    Kind::kReadNothing, Kind::kSeek,       Kind::kCreateBitmap, Kind::kCreateDc,       Kind::kCombine,
-    Kind::kHistogram,   Kind::kAdjust,     Kind::kPaint,        Kind::kDefaultPalette, Kind::kCreatePalette,
-    Kind::kAccess,      Kind::kLoadMemory, Kind::kIdentify,     Kind::kMerge,          Kind::kAttach};
+    Kind::kAlloc,         Kind::kNew,          Kind::kHostNew,    Kind::kOpen,         Kind::kReadShort,
+    Kind::kReadNothing,   Kind::kWriteNothing, Kind::kSeek,       Kind::kCreateBitmap, Kind::kCreateDc,
+    Kind::kCombine,       Kind::kHistogram,    Kind::kAdjust,     Kind::kPaint,        Kind::kDefaultPalette,
+    Kind::kCreatePalette, Kind::kAccess,       Kind::kLoadMemory, Kind::kIdentify,     Kind::kMerge,
+    Kind::kAttach,        Kind::kWrite,        Kind::kSaveMemory, Kind::kGlobalLock,   Kind::kVecLoad,
+    Kind::kVecAdd,        Kind::kVecPaint,     Kind::kVecCopy,    Kind::kVecExtents};
 
 const char* Name(Kind kind);
 
@@ -56,6 +67,7 @@ struct Demand {
   uint64_t total = 0;          // bytes of all requests
   int64_t blocks_left = 0;     // operator new less operator delete
   uint64_t files_closed = 0;   // calls of HostFileClose
+  uint64_t writes = 0;         // calls of HostFileWrite and HostFileWriteHuge
 };
 
 // Lets one fault happen during its life. Not to be nested.

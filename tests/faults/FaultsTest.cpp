@@ -1,4 +1,4 @@
-// Every allocation, read, seek and host call that opening or drawing a file makes is made to fail in turn:
+// Every allocation, read, write, seek and host call that opening, drawing or saving a file makes is made to fail in turn:
 // once, and from then on. The library then neither crashes nor leaks, reports a documented status, and works
 // again when the fault is gone.
 #include <gtest/gtest.h>
@@ -119,18 +119,70 @@ Outcome Render(const wchar_t* path, const Fault* fault) {
   return outcome;
 }
 
+// The output stands beside the file, and is another one.
+Outcome Save(const wchar_t* path, const Fault* fault) {
+  NitfHandle handle = nullptr;
+  EXPECT_EQ(Tavi_NITFCreate(&handle, path), SUCCESS);
+  const std::wstring output = std::wstring(path) + L".saved";
+  const Outcome outcome = RunWith(fault, [&] { return Tavi_NITFSaveFile(handle, output.c_str()); });
+  Tavi_NITFDestroy(&handle);
+  return outcome;
+}
+
+// A drawing of one line, made before any fault.
+class LineDrawing {
+ public:
+  LineDrawing() {
+    HostVecInit(&vector_);
+    VectorObjectRecord line;
+    HostVecInitObject(&line);
+    line.line.size = sizeof line.line;
+    line.line.kind = VECTOR_LINE;
+    line.line.second.x = 5;
+    line.line.second.y = -5;
+    EXPECT_EQ(HostVecAddObject(&vector_, 0, VECTOR_LINE, &line, 0), SUCCESS);
+  }
+  ~LineDrawing() { HostVecFree(&vector_); }
+  LineDrawing(const LineDrawing&) = delete;
+  LineDrawing& operator=(const LineDrawing&) = delete;
+  HostVector* get() { return &vector_; }
+
+ private:
+  HostVector vector_ = {};
+};
+
+// An image and a graphic more, and another drawing for the first graphic.
+Outcome Append(const wchar_t* path, const Fault* fault) {
+  NitfHandle handle = nullptr;
+  EXPECT_EQ(Tavi_NITFCreate(&handle, path), SUCCESS);
+  HostBitmap bitmap = {};
+  EXPECT_EQ(HostCreateBitmap(&bitmap, sizeof bitmap, 1, 9, 7, 24, 1, nullptr, 1, nullptr, 0), SUCCESS);
+  LineDrawing drawing;
+  const HostRect place = {0, 0, 5, 5};
+  const Outcome outcome = RunWith(fault, [&] {
+    int32_t status = Tavi_NITFAppendImageSegment(handle, &bitmap, 10, 24, 20);
+    if (status == SUCCESS) status = Tavi_NITFAppendGraphicSegment(handle, drawing.get(), &place);
+    if (status == SUCCESS) status = Tavi_NITFSetVectorHandle(handle, 0, drawing.get());
+    return status;
+  });
+  HostFreeBitmap(&bitmap);
+  Tavi_NITFDestroy(&handle);
+  return outcome;
+}
+
 struct Operation {
   const char* name;
   Outcome (*run)(const wchar_t* path, const Fault* fault);
 };
 
-constexpr Operation kOperations[] = {
-    {"Open", Open}, {"Size", Size}, {"Inform", Inform}, {"Load", Load}, {"Render", Render}};
+constexpr Operation kOperations[] = {{"Open", Open},     {"Size", Size}, {"Inform", Inform}, {"Load", Load},
+                                     {"Render", Render}, {"Save", Save}, {"Append", Append}};
 
 bool IsDocumented(int32_t status) {
   static constexpr int32_t kStatuses[] = {SUCCESS,
                                           ERR_NO_MEMORY,
                                           ERR_NO_BITMAP,
+                                          ERR_FILE_WRITE,
                                           ERR_FILE_READ,
                                           ERR_FILE_FORMAT,
                                           ERR_FILE_NOT_FOUND,

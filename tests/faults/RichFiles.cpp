@@ -1,5 +1,7 @@
 #include "RichFiles.h"
 
+#include "../graphics/CgmPicture.h"
+
 namespace tavi::faults {
 namespace {
 
@@ -104,6 +106,26 @@ ImageSpec TwoBands() {
   return image;
 }
 
+// Drawings over an image, one of them attached to it, and what a file can name but not describe.
+NtfBuilder Graphics() {
+  NtfBuilder file{GreyImage(8, 6)};
+  tavi_test::CgmPicture picture;
+  picture.Rectangle(0, 0, 5, 5, {1, 2, 3}).Line(0, 0, 9, 9, 2, {200, 100, 50});
+  for (uint32_t i = 0; i < 2; ++i) {
+    tavi_test::GraphicSpec graphic;
+    graphic.sdlvl = 2 + i;
+    graphic.salvl = i;
+    graphic.bound2_row = 7;
+    graphic.bound2_column = 5;
+    graphic.sxshd = Tre("SXSTRE", "about the graphic");
+    graphic.data = picture.Build();
+    file.graphics.push_back(graphic);
+  }
+  file.graphics.push_back({.sfmt = 'B', .sdlvl = 4, .data = {1, 2, 3}});
+  file.graphics.push_back({.sfmt = 'O', .sdlvl = 5, .data = {1, 2, 3}});
+  return file;
+}
+
 NtfBuilder TextsOnly() {
   NtfBuilder file;
   file.texts.resize(2);
@@ -146,6 +168,7 @@ std::vector<NamedFile> FilesOfEveryKind() {
   return {
       {"Everything", FileOfEverything()},
       {"TextsOnly", TextsOnly()},
+      {"Graphics", Graphics()},
       {"Grey", NtfBuilder{GreyImage(4, 3)}},
       {"Dark", NtfBuilder{DarkImage()}},
       {"Grey12", NtfBuilder{DeepImage(4, 2, 12, 12, Pattern(12))}},

@@ -1,6 +1,7 @@
 // Real files against what is known of them: whether they open, what their pictures show.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "HostFixture.h"
@@ -126,6 +127,57 @@ TEST_F(Samples, UncompressedFilesAreDrawn) {
     ++drawn;
   }
   EXPECT_EQ(drawn, 13U);
+}
+
+TEST_F(Samples, FilesWithGraphicsAreDrawn) {
+  size_t drawn = 0;
+  for (const nlohmann::json& file : files()) {
+    if (file.at("open") != 1 || ContentsOf(file).graphics == 0) continue;
+    const std::string name = file.at("file");
+    const tavi_test::FileInformation information = Info(PathOf(name));
+    EXPECT_EQ(information.status, SUCCESS) << name;
+    Load(name, information.info.width, information.info.height);
+    ++drawn;
+  }
+  EXPECT_EQ(drawn, 4U);
+}
+
+// A black image and, beyond it, a white background; four yellow arrows and four yellow words, each of which covers its
+// own rectangle from end to end and nothing else is.
+TEST_F(Samples, ArrowsAndWordsStandInTheirRectangles) {
+  struct Place {
+    uint32_t row, column, top, left, bottom, right;
+  };
+  // SLOC, SBND1 and SBND2 as they stand in the file.
+  constexpr Place kPlaces[] = {{326, 713, 326, 713, 411, 788}, {275, 762, 275, 762, 345, 836},
+                               {409, 713, 409, 713, 483, 799}, {475, 795, 475, 795, 537, 861},
+                               {408, 642, 408, 642, 494, 717}, {475, 595, 475, 595, 546, 671},
+                               {340, 631, 340, 631, 412, 717}, {258, 542, 258, 542, 373, 663}};
+  const LoadedPicture picture = Load("gdal3453.ntf", 1563, 1336);
+  ASSERT_EQ(picture.status, SUCCESS);
+  std::vector<uint8_t> inside(size_t{1563} * 1336);
+  for (const Place& p : kPlaces) {
+    // The first half of a bound is the column's, the first half of the location the row's.
+    const uint32_t left = p.column + p.top;
+    const uint32_t top = p.row + p.left;
+    const uint32_t right = p.column + p.bottom;
+    const uint32_t bottom = p.row + p.right;
+    std::vector<bool> rows(bottom - top);
+    for (uint32_t y = top; y < bottom; ++y) {
+      for (uint32_t x = left; x < right; ++x) {
+        inside[size_t{y} * 1563 + x] = 1;
+        rows[y - top] = rows[y - top] || (picture.At(x, y).red > 128 && picture.At(x, y).blue < 128);
+      }
+    }
+    EXPECT_GT(std::count(rows.begin(), rows.end(), true), (bottom - top) / 2) << "at " << left << ", " << top;
+  }
+  for (uint32_t y = 0; y < 1336; ++y) {
+    for (uint32_t x = 0; x < 1563; ++x) {
+      if (inside[size_t{y} * 1563 + x] != 0) continue;
+      const Rgb expected = y < 937 ? Rgb{0, 0, 0} : Rgb{255, 255, 255};
+      ASSERT_EQ(picture.At(x, y) == expected, true) << "at " << x << ", " << y;
+    }
+  }
 }
 
 // Eight bits, one block.
