@@ -589,8 +589,8 @@ TAVI_HOST_API void HostVecPrepare(HostVector* vector, uint32_t flags);
  * Paints the drawing into the context's bitmap: its bounds (HostVecGetExtents) mapped to the rectangle, mirrored where
  * that runs backwards. A rectangle with an empty side paints one unit to a pixel, the origin at left and top. Only
  * what the drawing draws is touched. `width` and `height` and the reserved arguments are not looked at.
- * Status: ERR_NULL_ARGUMENT; ERR_INVALID_PARAMETER for a dead context; ERR_NO_BITMAP; ERR_NO_MEMORY. An empty vector
- * paints nothing and succeeds.
+ * Status: ERR_NULL_ARGUMENT; ERR_INVALID_PARAMETER for a dead context; ERR_NO_BITMAP; ERR_NO_MEMORY, also for a
+ * drawing that covers the same pixels over and over beyond all measure. An empty vector paints nothing and succeeds.
  */
 TAVI_HOST_API int32_t HostVecPaint(HostDrawingContext context, HostVector* vector, int32_t width,
                                    int32_t height, uint32_t reserved1, uint32_t reserved2,

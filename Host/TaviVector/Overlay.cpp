@@ -4,6 +4,7 @@
 #include <new>
 
 #include "TaviVector/BlendRows.h"
+#include "TaviVector/PaintBudget.h"
 #include "TaviVector/Painter.h"
 
 namespace tavi::host::vec {
@@ -46,6 +47,7 @@ class Overlay {
     for (const Box& box : boxes_) Include(covered, Common(box, whole_.AsBox()));
     const PixelArea area = PixelsOf(covered, whole_);
     if (area.IsEmpty()) return SUCCESS;
+    if (!IsWithinBudget(job_.drawing, job_.to_device, boxes_, whole_.AsBox())) return ERR_NO_MEMORY;
     columns_ = std::min(area.width(), kTileSide);
     pixels_.reset(new uint32_t[static_cast<size_t>(columns_ * std::min(area.height(), kTileSide))]());
     for (int64_t top = area.top; top < area.bottom; top += kTileSide) {

@@ -11,11 +11,14 @@ using BackColorTest = HostTest;
 Drawing EverywhereBackColor() {
   Drawing drawing;
   drawing.layers.push_back({});
-  drawing.strokes.push_back({.color = kBackColor, .gap_color = kBackColor});
-  drawing.fills.push_back({.color = kBackColor, .gap_color = kBackColor});
+  drawing.strokes.emplace_back().color = kBackColor;
+  drawing.strokes[0].gap_color = kBackColor;
+  drawing.fills.emplace_back().color = kBackColor;
+  drawing.fills[0].gap_color = kBackColor;
   drawing.patterns.push_back({2, 1, {kBackColor, kRed}});
-  drawing.markers.push_back({.color = kBackColor});
-  drawing.texts.push_back({.color = kBackColor, .box_color = kBackColor});
+  drawing.markers.emplace_back().color = kBackColor;
+  drawing.texts.emplace_back().color = kBackColor;
+  drawing.texts[0].box_color = kBackColor;
   CellArray cells;
   cells.opposite = {10, -10};
   cells.row_end = {10, 0};
@@ -41,7 +44,7 @@ TEST_F(BackColorTest, TakesThePlaceOfEveryRequest) {
 
 TEST_F(BackColorTest, DrawingWithoutRequestsIsNotCopied) {
   Drawing drawing;
-  drawing.strokes.push_back({.color = kRed});
+  drawing.strokes.emplace_back().color = kRed;
   std::optional<Drawing> changed;
   EXPECT_EQ(&WithBackColor(drawing, kBlue, changed), &drawing);
   EXPECT_FALSE(changed.has_value());

@@ -1,0 +1,22 @@
+// What painting a drawing may cost. A metafile of a megabyte can ask for the same million pixels a hundred thousand times.
+#pragma once
+
+#include <span>
+
+#include "TaviVector/Drawing.h"
+
+namespace tavi::host::vec {
+
+// Pixels that a drawing may cover for nothing: a canvas of 2048 x 2048 some 128 times over, about half a second.
+inline constexpr double kFreePixels = 536'870'912;
+// Of a larger canvas, so many times all of it.
+inline constexpr double kFreeLayers = 8;
+// And for each object, a square of 64 x 64.
+inline constexpr double kPixelsOfObject = 4096;
+
+// Whether a drawing whose objects may touch these boxes keeps within that on a canvas. Thin lines cost nothing here:
+// the painter has a bound of its own for them.
+bool IsWithinBudget(const Drawing& drawing, const Affine& to_device, std::span<const Box> boxes,
+                    const Box& canvas);
+
+}  // namespace tavi::host::vec
