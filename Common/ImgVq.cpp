@@ -332,8 +332,14 @@ int32_t SkipMaskTable(NitfFile& document, const ImSubHdr& image) {
   }
   uint8_t head[10];  // IMDATOFF 4, BMRLNTH 2, TMRLNTH 2, TPXCDLNTH 2
   if (ReadSource(document, head, sizeof head) != sizeof head) return ERR_FILE_READ;
-  const int64_t table = 4LL * image.BlocksPerRow * image.BlocksPerColumn * image.BandField;
-  const int64_t tables = (ReadBig16(head + 4) != 0 ? table : 0) + (ReadBig16(head + 6) != 0 ? table : 0);
+  // A negative number of blocks comes out huge; no table of that size is in any file.
+  const double blocks = static_cast<double>(image.BlocksPerRow) * image.BlocksPerColumn * image.BandField;
+  constexpr double kMostBlocks = 1e12;
+  const bool has_block_mask = ReadBig16(head + 4) != 0;
+  const bool has_pad_mask = ReadBig16(head + 6) != 0;
+  if ((has_block_mask || has_pad_mask) && blocks > kMostBlocks) return ERR_FILE_READ;
+  const int64_t table = blocks > kMostBlocks ? 0 : static_cast<int64_t>(blocks) * 4;
+  const int64_t tables = (has_block_mask ? table : 0) + (has_pad_mask ? table : 0);
   const int64_t skipped = (ReadBig16(head + 8) + 7) / 8 + tables;
   const int64_t position = SeekSource(document, skipped, kFromHere);
   return position >= 0 && position <= document.SourceSize ? SUCCESS : ERR_FILE_READ;

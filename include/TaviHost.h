@@ -663,6 +663,11 @@ TAVI_HOST_API int32_t HostVecExport(HostGlobalMemory* block, const HostVector* v
 TAVI_HOST_API void HostSetBitmapLimit(uint64_t bytes);
 TAVI_HOST_API uint64_t HostGetBitmapLimit(void);
 
+/* The bytes that all drawings of the process may hold together, as far as they were read from metafiles or copied; a
+   load or a copy beyond ends in ERR_NO_MEMORY. The default is 256 MiB, some thousand times what annotations take. */
+TAVI_HOST_API void HostSetVectorLimit(uint64_t bytes);
+TAVI_HOST_API uint64_t HostGetVectorLimit(void);
+
 /* What is alive: blocks of HostAllocMem, HostReallocMem and HostAllocTemp, tracked objects, palettes,
    contexts, bitmap pixels and open files. Counted in every build; where a live one was made is known in debug
    builds only, and HostReportLeaks prints it to `sink` (null: standard error), one line each. Returns the

@@ -7,14 +7,14 @@
 
 namespace tavi::host::cgm {
 
-// Cells of all cell arrays, patterns and tiles together. Run lengths can name far more cells than their bytes: four
-// million (16 MB) are granted to any file, and eight for each byte, what packed bits need.
-inline constexpr uint64_t kFreeCells = 4'000'000;
-inline constexpr uint64_t kCellsPerByte = 8;
+// Cells of all cell arrays, patterns and tiles together. Run lengths can name far more cells than their bytes: a million
+// (4 MB) are granted to any file, and 32 for each byte, four times what packed bits need.
+inline constexpr uint64_t kFreeCells = 1'048'576;
+inline constexpr uint64_t kCellsPerByte = 32;
 
 // Bytes of elements read again because segments are copied. A segment that copies others twice each would double at
 // every level.
-inline constexpr uint64_t kFreeCopiedBytes = 1'000'000;
+inline constexpr uint64_t kFreeCopiedBytes = 65'536;
 inline constexpr uint64_t kCopiesPerByte = 16;
 // Copies within copies: deeper than any drawing nests its symbols.
 inline constexpr int kCopyDepth = 8;

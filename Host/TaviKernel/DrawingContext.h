@@ -27,6 +27,7 @@ struct HostDrawingContextObject {
   uint32_t selected_count = 0;  // entries of the selected palette, which its owner may have deleted since
   tavi::host::TextState text;
   uint32_t saved_count = 0;
+  double pixels_spent = 0;  // what drawings have covered of the bitmap so far: see PaintBudget.h
   std::array<tavi::host::TextState, tavi::host::kSavedStates> saved;
 };
 

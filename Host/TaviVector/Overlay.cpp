@@ -42,12 +42,12 @@ class Overlay {
         job_{drawing, to_device, whole_.AsBox()},
         blender_(target) {}
 
-  int32_t Paint() {
+  int32_t Paint(double& spent) {
     Box covered;
     for (const Box& box : boxes_) Include(covered, Common(box, whole_.AsBox()));
     const PixelArea area = PixelsOf(covered, whole_);
     if (area.IsEmpty()) return SUCCESS;
-    if (!IsWithinBudget(job_.drawing, job_.to_device, boxes_, whole_.AsBox())) return ERR_NO_MEMORY;
+    if (!SpendBudget(job_.drawing, job_.to_device, boxes_, whole_.AsBox(), spent)) return ERR_NO_MEMORY;
     columns_ = std::min(area.width(), kTileSide);
     pixels_.reset(new uint32_t[static_cast<size_t>(columns_ * std::min(area.height(), kTileSide))]());
     for (int64_t top = area.top; top < area.bottom; top += kTileSide) {
@@ -97,9 +97,10 @@ class Overlay {
 
 }  // namespace
 
-int32_t PaintOver(const PixelView& target, const Drawing& drawing, const Affine& to_device) noexcept {
+int32_t PaintOver(const PixelView& target, const Drawing& drawing, const Affine& to_device,
+                  double& spent) noexcept {
   try {
-    return Overlay(target, drawing, to_device).Paint();
+    return Overlay(target, drawing, to_device).Paint(spent);
   } catch (const std::bad_alloc&) {
     return ERR_NO_MEMORY;
   }

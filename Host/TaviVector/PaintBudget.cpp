@@ -19,57 +19,57 @@ class Cost {
   Cost(const Drawing& drawing, double scale, const Box& seen)
       : drawing_(drawing), scale_(scale), area_(AreaOf(seen)), around_(Around(seen)) {}
 
-  double operator()(const Polyline& line) const { return OfStroke(line.stroke, LengthOf(line.points, 1)); }
-  double operator()(const Segments& lines) const { return OfStroke(lines.stroke, LengthOf(lines.points, 2)); }
+  double operator()(const Polyline& line) const { return OfLines(line.stroke, line.points, 1); }
+  double operator()(const Segments& lines) const { return OfLines(lines.stroke, lines.points, 2); }
   double operator()(const Polygon& polygon) const {
-    double length = 0;
-    for (const Ring& ring : polygon.rings) length += LengthOf(ring.points, 1);
-    return OfFill(polygon.style.fill) + OfStroke(polygon.style.edge, length);
+    double cost = OfFill(polygon.style.fill);
+    for (const Ring& ring : polygon.rings) cost += OfLines(polygon.style.edge, ring.points, 1);
+    return cost;
   }
   double operator()(const Markers& markers) const {
     const MarkerStyle* const style = Find(drawing_.markers, markers.marker);
     if (style == nullptr) return 0;
-    const double side = drawing_.SizeOf(*style) * scale_;
+    const double side = Tame(drawing_.SizeOf(*style)) * scale_;
     return static_cast<double>(markers.points.size()) * std::min(area_, side * side);
   }
   double operator()(const Text&) const { return area_; }
   double operator()(const CellArray&) const { return area_; }
   double operator()(const Rectangle& shape) const { return OfArea(shape.style); }
   double operator()(const Ellipse& shape) const { return OfArea(shape.style); }
-  double operator()(const Arc& shape) const { return OfArea(shape.style) + OfStroke(shape.stroke, around_); }
-  double operator()(const Figure& shape) const {
-    return OfArea(shape.style) + OfStroke(shape.stroke, around_);
-  }
+  double operator()(const Arc& shape) const { return OfArea(shape.style) + OfOutline(shape.stroke); }
+  double operator()(const Figure& shape) const { return OfArea(shape.style) + OfOutline(shape.stroke); }
 
  private:
-  // Of the pieces between points, none longer than what is seen of the object is across.
-  double LengthOf(std::span<const Point> points, size_t step) const {
-    double length = 0;
-    for (size_t i = 0; i + 1 < points.size(); i += step) {
-      const Point from = Tame(points[i]);
-      const Point to = Tame(points[i + 1]);
-      length += std::min(std::hypot(to.x - from.x, to.y - from.y), around_ / 2);
-    }
-    return length;
-  }
   // In units, as the lengths of lines are.
   double Around(const Box& seen) const {
     return seen.IsEmpty() ? 0 : 2 * (seen.high.x - seen.low.x + seen.high.y - seen.low.y) / scale_;
   }
-  double OfArea(const AreaStyle& style) const { return OfFill(style.fill) + OfStroke(style.edge, around_); }
+  double OfArea(const AreaStyle& style) const { return OfFill(style.fill) + OfOutline(style.edge); }
   double OfFill(uint32_t index) const {
-    constexpr double kOfHatch = 3;  // lines and patterns cost more than a flat colour
+    constexpr double kOfHatch = 12;  // what lines and patterns take of the time, against a flat colour
     const Fill* const fill = Find(drawing_.fills, index);
     if (fill == nullptr || fill->interior == Interior::kEmpty || fill->interior == Interior::kHollow)
       return 0;
     return fill->interior == Interior::kSolid ? area_ : kOfHatch * area_;
   }
-  double OfStroke(uint32_t index, double length) const {
+  // In pixels; 0 for thin lines.
+  double WidthOf(uint32_t index) const {
     constexpr double kThin = 4;
     const Stroke* const stroke = Find(drawing_.strokes, index);
-    if (stroke == nullptr) return 0;
-    const double width = drawing_.WidthOf(*stroke) * scale_;
-    return width < kThin ? 0 : width * length * scale_;
+    const double width = stroke == nullptr ? 0 : Tame(drawing_.WidthOf(*stroke)) * scale_;
+    return width < kThin ? 0 : width;
+  }
+  double OfOutline(uint32_t stroke) const { return std::min(2 * area_, WidthOf(stroke) * around_ * scale_); }
+  // Of the pieces between points, none of which can cover more than what is seen of the object.
+  double OfLines(uint32_t stroke, std::span<const Point> points, size_t step) const {
+    const double width = WidthOf(stroke);
+    double cost = 0;
+    for (size_t i = 0; width > 0 && i + 1 < points.size(); i += step) {
+      const Point from = Tame(points[i]);
+      const Point to = Tame(points[i + 1]);
+      cost += std::min(area_, std::hypot(to.x - from.x, to.y - from.y) * scale_ * width);
+    }
+    return cost;
   }
 
   const Drawing& drawing_;
@@ -80,16 +80,19 @@ class Cost {
 
 }  // namespace
 
-bool IsWithinBudget(const Drawing& drawing, const Affine& to_device, std::span<const Box> boxes,
-                    const Box& canvas) {
+bool SpendBudget(const Drawing& drawing, const Affine& to_device, std::span<const Box> boxes,
+                 const Box& canvas, double& spent) {
   const double scale = std::max(ScaleOf(to_device), 1e-9);
-  double left = std::max(kFreePixels, kFreeLayers * AreaOf(canvas)) +
-                kPixelsOfObject * static_cast<double>(drawing.objects.size());
-  for (size_t i = 0; i < boxes.size() && left >= 0; ++i) {
+  const double free = std::max(kFreePixels, kFreeLayers * AreaOf(canvas)) - spent;
+  const double earned = kPixelsOfObject * static_cast<double>(drawing.objects.size());
+  double cost = 0;
+  for (size_t i = 0; i < boxes.size() && cost <= free + earned; ++i) {
     const Box seen = Common(boxes[i], canvas);
-    if (!seen.IsEmpty()) left -= std::visit(Cost(drawing, scale, seen), drawing.objects[i].shape);
+    if (!seen.IsEmpty()) cost += std::visit(Cost(drawing, scale, seen), drawing.objects[i].shape);
   }
-  return left >= 0;
+  if (!(cost <= free + earned)) return false;
+  spent += std::max(cost - earned, 0.0);
+  return true;
 }
 
 }  // namespace tavi::host::vec

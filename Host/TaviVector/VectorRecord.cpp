@@ -4,16 +4,23 @@
 #include <utility>
 
 #include "TaviKernel/Tracking.h"
+#include "TaviVector/DrawingMemory.h"
 
 namespace tavi::host::vec {
 
 int32_t TakeDrawing(HostVector* vector, Drawing&& drawing) noexcept {
   if (vector == nullptr) return ERR_NULL_ARGUMENT;
+  const uint64_t bytes = BytesOf(drawing);
+  if (!ChargeDrawing(bytes)) return ERR_NO_MEMORY;
   auto* const held = new (std::nothrow) Drawing(std::move(drawing));
-  if (held == nullptr) return ERR_NO_MEMORY;
+  if (held == nullptr) {
+    ReleaseDrawing(bytes);
+    return ERR_NO_MEMORY;
+  }
   DropDrawing(vector);
   VectorPart part = LoadVectorPart(vector);
   part.drawing = held;
+  part.charged = bytes;
   StoreVectorPart(vector, part);
   NoteMade(LiveKind::kVector, held, {});
   return SUCCESS;
@@ -29,6 +36,7 @@ void DropDrawing(HostVector* vector) noexcept {
   if (part.drawing == nullptr) return;
   NoteGone(LiveKind::kVector, part.drawing);
   delete std::exchange(part.drawing, nullptr);
+  ReleaseDrawing(std::exchange(part.charged, uint64_t{0}));
   part.active_layer = 0;
   StoreVectorPart(vector, part);
 }

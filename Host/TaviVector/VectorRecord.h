@@ -22,7 +22,8 @@ struct VectorPart {
   bool has_viewport = false;
   bool has_translation = false;
   HostRect viewport{};
-  Point translation;  // noted, not carried out yet
+  Point translation;     // noted, not carried out yet
+  uint64_t charged = 0;  // bytes of the drawing that count towards HostSetVectorLimit
 };
 
 inline constexpr uint64_t kVectorMagic = 0x5243455649564154;

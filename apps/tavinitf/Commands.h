@@ -10,9 +10,14 @@ inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
 
+void AddAppendCommand(CLI::App& app, int& exit_status);
+void AddCopyCommand(CLI::App& app, int& exit_status);
+void AddCreateCommand(CLI::App& app, int& exit_status);
 void AddExtractCommand(CLI::App& app, int& exit_status);
 void AddHeadersCommand(CLI::App& app, int& exit_status);
 void AddInfoCommand(CLI::App& app, int& exit_status);
 void AddRenderCommand(CLI::App& app, int& exit_status);
+void AddSetCommand(CLI::App& app, int& exit_status);
+void AddVerifyCommand(CLI::App& app, int& exit_status);
 
 }  // namespace tavinitf

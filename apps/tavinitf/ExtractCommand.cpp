@@ -1,4 +1,4 @@
-// tavinitf extract: the data of one segment as they stand in the file.
+// tavinitf extract: the data of one segment as they stand in the file, or a graphic's drawing as a picture.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Drawing.h"
 #include "OutputFile.h"
 #include "Reading.h"
 #include "Refusal.h"
@@ -60,6 +61,28 @@ Failure Copy(const ExtractOptions& options, const Extent& extent) {
   return std::nullopt;
 }
 
+std::string Named(const Segment& segment) {
+  return std::string(KindName(segment.kind)) + " " + std::to_string(segment.index);
+}
+
+Failure Draw(const ExtractOptions& options, const Segment& graphic, DrawingFormat format) {
+  if (const std::string type = graphic.Text("SFMT"); type != "C") {
+    return NotExtracted(
+        options, Named(graphic) + ": graphic type \"" + type + R"(" (only drawings, "C", become pictures))",
+        ERR_NOT_SUPPORTED);
+  }
+  Drawing drawing;
+  int32_t status = drawing.Load(options.file, graphic.data);
+  if (status != SUCCESS) return NotExtracted(options, ExplainNoDrawing(status, graphic), status);
+  OutputFile output;
+  if (!output.Open(options.output)) return NotWritten(options, output.error());
+  status = drawing.Export(format, output);
+  if (status == ERR_FILE_WRITE) return NotWritten(options, output.error());
+  if (status != SUCCESS) return NotExtracted(options, Named(graphic) + ": " + StatusMeaning(status), status);
+  if (!output.Commit()) return NotWritten(options, output.error());
+  return std::nullopt;
+}
+
 Failure Extract(const ExtractOptions& options) {
   const Reading reading = Read(options.file);
   if (reading.refusal) return reading.RefusalLine(options.file);
@@ -70,14 +93,16 @@ Failure Extract(const ExtractOptions& options) {
     return NotExtracted(options, ExplainNoSegment(*selector, contents), ERR_INVALID_PARAMETER);
   if (segment->data.end() > contents.file_size) {
     return NotExtracted(options,
-                        std::string(KindName(segment->kind)) + " " + std::to_string(segment->index) +
-                            ": its data end at byte " + std::to_string(segment->data.end()) +
+                        Named(*segment) + ": its data end at byte " + std::to_string(segment->data.end()) +
                             ", the file at byte " + std::to_string(contents.file_size),
                         ERR_FILE_READ);
   }
   std::error_code ignored;
   if (std::filesystem::equivalent(options.file, options.output, ignored))
     return NotWritten(options, "is the file that is read");
+  const DrawingFormat format = DrawingFormatOf(options.output);
+  if (segment->kind == SegmentKind::kGraphic && format != DrawingFormat::kAsItStands)
+    return Draw(options, *segment, format);
   return Copy(options, segment->data);
 }
 
@@ -85,12 +110,17 @@ Failure Extract(const ExtractOptions& options) {
 
 void AddExtractCommand(CLI::App& app, int& exit_status) {
   auto options = std::make_shared<ExtractOptions>();
-  CLI::App* command = app.add_subcommand("extract", "Take out the data of one segment as they stand");
+  CLI::App* command = app.add_subcommand(
+      "extract", "Take out the data of one segment as they stand, or a graphic's drawing as a picture");
   command->add_option("FILE", options->file, "NITF file")->required();
   command->add_option("SEGMENT", options->segment, "text:N, graphic:N or image:N, N from 0")
       ->required()
       ->check([](const std::string& text) { return ComplainOfSelector(text, SelectableKinds()); });
-  command->add_option("-o,--output", options->output, "The file to make")->required()->type_name("OUT");
+  command
+      ->add_option("-o,--output", options->output,
+                   "The file to make; a graphic goes into .svg, .png and .pdf as a picture")
+      ->required()
+      ->type_name("OUT");
   command->callback([options, &exit_status] {
     const Failure failure = Extract(*options);
     if (failure) std::fprintf(stderr, "%s\n", failure->c_str());

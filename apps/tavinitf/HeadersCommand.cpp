@@ -38,13 +38,8 @@ std::vector<const Segment*> ReadSegments(const NitfContents& contents,
 
 // ---- For people ----
 
-// `LISH[2]`, `LUTD[0][1]`
 std::string ShownName(const Field& field) {
-  std::string name = field.name;
-  for (const int32_t index : {field.index, field.sub_index}) {
-    if (index >= 0) name += "[" + std::to_string(index) + "]";
-  }
-  return name;
+  return IndexedName(field.name, field.index, field.sub_index);
 }
 
 std::string ShownNumbers(std::ifstream& file, const Field& field, uint32_t width) {

@@ -112,8 +112,8 @@ Json ReportAsJson(const FileReport& report) {
     json["composite"] = {{"width", report.composite.width}, {"height", report.composite.height}};
   } else {
     json["composite"] = nullptr;
-    json["composite_error"] =
-        StatusAsJson(report.composite_status, ExplainDrawFailure(report.composite_status, contents));
+    json["composite_error"] = StatusAsJson(
+        report.composite_status, ExplainDrawFailure(report.path, report.composite_status, contents));
   }
   json["reserved_segments"] = contents.reserved_count;
   json["tres"] = RecordsAsJson(report.header_records);
@@ -158,7 +158,7 @@ void PrintReport(const FileReport& report) {
     std::printf("  composite %u x %u pixels\n", report.composite.width, report.composite.height);
   } else {
     std::printf("  composite of unknown size: %s [%s %d]\n",
-                ExplainDrawFailure(report.composite_status, contents).c_str(),
+                ExplainDrawFailure(report.path, report.composite_status, contents).c_str(),
                 StatusName(report.composite_status).c_str(), report.composite_status);
   }
   PrintRecords("  ", report.header_records);

@@ -24,6 +24,9 @@ class OutputFile {
   // Completes the file and puts it in the target's place. Without it the destructor removes what was written.
   bool Commit();
 
+  // The temporary name, for one who writes the file by its name in place of Write: whatever stands there when Commit is
+  // called takes the target's place.
+  [[nodiscard]] const std::string& part() const { return part_; }
   [[nodiscard]] int64_t Position() const;
   [[nodiscard]] int64_t Size() const { return size_; }
   [[nodiscard]] const std::string& error() const { return error_; }

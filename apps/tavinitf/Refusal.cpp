@@ -7,6 +7,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "Drawing.h"
 #include "TaviNitf.h"
 
 namespace tavinitf {
@@ -133,6 +134,13 @@ const Field* ExtendedLength(const NitfContents& contents) {
   return nullptr;
 }
 
+// Whether the file has no more bytes for the field itself, so that no length is to blame.
+bool EndsAtField(const NitfContents& contents) {
+  const Field& field = *contents.last;
+  return field.offset >= contents.file_size ||
+         (field.offset + field.size >= contents.file_size && !IsCount(field));
+}
+
 std::string ExplainEarlyEnd(const NitfContents& contents) {
   const Field& field = *contents.last;
   const std::string end = std::to_string(contents.file_size);
@@ -173,15 +181,13 @@ std::string ExplainUnreadable(const std::string& path) {
   return {};
 }
 
-// Why the drawing came to something that is not supported. Graphics are not drawn yet; of the images, those
-// in the codings below are not drawn, and the others unless the host cannot decode their data.
+// Why the drawing came to something that is not supported: images in the codings below are not drawn, the others
+// unless the host cannot decode their data.
 std::string ExplainNotDrawn(int32_t status, const NitfContents& contents) {
   constexpr std::array<std::string_view, 4> kRefusedCodings = {"C0", "C2", "M0", "M2"};
   const Segment* coded = nullptr;
   for (const Segment& segment : contents.segments) {
     const std::string whose = SegmentWords(segment.kind, segment.index);
-    if (segment.kind == SegmentKind::kGraphic)
-      return whose + ": graphics are not drawn yet (only images are)";
     if (segment.kind != SegmentKind::kImage) continue;
     const std::string coding = segment.Text("IC");
     if (std::find(kRefusedCodings.begin(), kRefusedCodings.end(), coding) != kRefusedCodings.end()) {
@@ -192,6 +198,15 @@ std::string ExplainNotDrawn(int32_t status, const NitfContents& contents) {
   if (coded == nullptr) return StatusMeaning(status);
   return SegmentWords(coded->kind, coded->index) + ": its data, compression \"" + coded->Text("IC") +
          "\", are of no kind that can be decoded";
+}
+
+// The first graphic whose data are no drawing, when there is one.
+std::string ExplainWrongData(const std::string& path, int32_t status, const NitfContents& contents) {
+  for (const Segment& segment : contents.segments) {
+    if (segment.kind != SegmentKind::kGraphic || segment.Text("SFMT") != "C") continue;
+    if (Drawing().Load(path, segment.data) == status) return ExplainNoDrawing(status, segment);
+  }
+  return StatusMeaning(status);
 }
 
 std::string ExplainMissingData(const NitfContents& contents) {
@@ -239,13 +254,36 @@ std::string ExplainOpenFailure(const std::string& path, const NitfContents& cont
   }
 }
 
-std::string ExplainDrawFailure(int32_t status, const NitfContents& contents) {
+const Field* FieldToBlame(const NitfContents& contents) {
+  if (!contents.last) return nullptr;
+  if (contents.status == ERR_FILE_READ && !EndsAtField(contents)) {
+    if (const Field* length = ExtendedLength(contents)) return length;
+  }
+  const Segment* segment = contents.Find(contents.last_kind, contents.last_index);
+  if (contents.status == ERR_INVALID_PARAMETER && segment != nullptr) {
+    for (const Field& field : segment->fields) {
+      const bool nines = field.bytes.size() >= 4 && field.bytes.find_first_not_of('9') == std::string::npos;
+      if (nines) return &field;
+    }
+  }
+  return &*contents.last;
+}
+
+std::string ExplainNoDrawing(int32_t status, const Segment& graphic) {
+  return SegmentWords(graphic.kind, graphic.index) + ": its " + std::to_string(graphic.data.length) +
+         " bytes of data " +
+         (status == ERR_FILE_FORMAT ? "are no CGM drawing" : "cannot be loaded: " + StatusMeaning(status));
+}
+
+std::string ExplainDrawFailure(const std::string& path, int32_t status, const NitfContents& contents) {
   switch (status) {
     case ERR_NOT_SUPPORTED:
     case ERR_UNSUPPORTED_COMPRESSION:
       return ExplainNotDrawn(status, contents);
     case ERR_FILE_READ:
       return ExplainMissingData(contents);
+    case ERR_FILE_FORMAT:
+      return ExplainWrongData(path, status, contents);
     default:
       return StatusMeaning(status);
   }

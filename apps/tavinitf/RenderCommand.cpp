@@ -51,7 +51,7 @@ Failure NotLoaded(const Job& job, const std::wstring& wide, int32_t status) {
   if (contents.status < SUCCESS) {
     return FailureLine(job.input, "not opened", ExplainOpenFailure(job.input, contents), contents.status);
   }
-  return FailureLine(job.input, "not drawn", ExplainDrawFailure(status, contents), status);
+  return FailureLine(job.input, "not drawn", ExplainDrawFailure(job.input, status, contents), status);
 }
 
 // A picture never replaces a file that the run reads, under whatever name.

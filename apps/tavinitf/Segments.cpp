@@ -40,14 +40,6 @@ void Gather(void* user, const tavi::SeenField& seen) {
   SegmentOf(contents, seen.segment, seen.segment_index).fields.push_back(std::move(field));
 }
 
-// The header's tables of one kind of segment: number of segments, lengths of their subheaders and of their
-// data.
-struct LengthTables {
-  SegmentKind kind;
-  const char* count;
-  const char* subheader;
-  const char* data;
-};
 constexpr std::array<LengthTables, 5> kTables = {{{SegmentKind::kImage, "NUMI", "LISH", "LI"},
                                                   {SegmentKind::kGraphic, "NUMS", "LSSH", "LS"},
                                                   {SegmentKind::kLabel, "NUML", "LLSH", "LL"},
@@ -106,6 +98,10 @@ const Segment* NitfContents::Find(SegmentKind kind, uint32_t index) const {
   return found == segments.end() ? nullptr : &*found;
 }
 
+std::span<const LengthTables> AllLengthTables() {
+  return kTables;
+}
+
 const char* KindName(SegmentKind kind) {
   switch (kind) {
     case SegmentKind::kFileHeader:
@@ -122,6 +118,14 @@ const char* KindName(SegmentKind kind) {
       return "data extension";
   }
   return "segment";
+}
+
+std::string IndexedName(const std::string& name, int32_t index, int32_t sub_index) {
+  std::string text = name;
+  for (const int32_t place : {index, sub_index}) {
+    if (place >= 0) text += "[" + std::to_string(place) + "]";
+  }
+  return text;
 }
 
 std::string Printable(const std::string& bytes) {

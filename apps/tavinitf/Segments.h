@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -57,8 +58,21 @@ struct NitfContents {
   [[nodiscard]] const Segment* Find(SegmentKind kind, uint32_t index) const;
 };
 
+// The file header's tables of one kind of segment: their number, the lengths of their subheaders and of their
+// data.
+struct LengthTables {
+  SegmentKind kind;
+  const char* count;
+  const char* subheader;
+  const char* data;
+};
+std::span<const LengthTables> AllLengthTables();
+
 // "image", "graphic", "label", "text", "data extension"; "file header" for the header itself.
 const char* KindName(SegmentKind kind);
+
+// `LISH[2]`, `LUTD[0][1]`; -1 for a place that there is not.
+std::string IndexedName(const std::string& name, int32_t index, int32_t sub_index);
 
 // Text that a terminal shows as it is: bytes that are no printable ASCII, quotes and backslashes as \\x...
 std::string Printable(const std::string& bytes);

@@ -1,4 +1,4 @@
-// tavinitf: looks into NITF files and draws them.
+// tavinitf: looks into NITF files, draws them, makes and changes them.
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -19,15 +19,20 @@ std::string Version() {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app{"Looks into NITF files and draws them.", "tavinitf"};
+  CLI::App app{"Looks into NITF files, draws them, makes and changes them.", "tavinitf"};
   app.set_version_flag("--version", Version);
   app.require_subcommand(1);
   app.footer("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.");
   int exit_status = tavinitf::kDone;
+  tavinitf::AddAppendCommand(app, exit_status);
+  tavinitf::AddCopyCommand(app, exit_status);
+  tavinitf::AddCreateCommand(app, exit_status);
   tavinitf::AddExtractCommand(app, exit_status);
   tavinitf::AddHeadersCommand(app, exit_status);
   tavinitf::AddInfoCommand(app, exit_status);
   tavinitf::AddRenderCommand(app, exit_status);
+  tavinitf::AddSetCommand(app, exit_status);
+  tavinitf::AddVerifyCommand(app, exit_status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

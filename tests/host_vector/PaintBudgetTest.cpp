@@ -12,7 +12,8 @@ constexpr Box kCanvas{{0, 0}, {2048, 2048}};
 
 bool Keeps(const Drawing& drawing, const Box& canvas = kCanvas) {
   const std::vector<Box> boxes(drawing.objects.size(), canvas);
-  return IsWithinBudget(drawing, {}, boxes, canvas);
+  double spent = 0;
+  return SpendBudget(drawing, {}, boxes, canvas, spent);
 }
 
 Drawing Copies(const Shape& shape, size_t count) {
@@ -36,7 +37,7 @@ TEST_F(PaintBudgetTest, LayersOfAreasAreCounted) {
 
 TEST_F(PaintBudgetTest, HatchesCostMoreAndLargeCanvasesBearSomeLayers) {
   const host::vec::Rectangle whole{{0, 0}, {2048, 2048}, {0, kNone}};
-  Drawing hatched = Copies(whole, 50);
+  Drawing hatched = Copies(whole, 12);
   hatched.fills[0].interior = Interior::kHatch;
   EXPECT_FALSE(Keeps(hatched));
   constexpr Box kLarge{{0, 0}, {20000, 20000}};
@@ -58,6 +59,16 @@ TEST_F(PaintBudgetTest, NumbersBeyondAllBoundsStayNumbers) {
   const double huge = std::numeric_limits<double>::max();
   const double none = std::numeric_limits<double>::quiet_NaN();
   EXPECT_TRUE(Keeps(Copies(host::vec::Polyline{{{-huge, none}, {huge, -huge}, {none, huge}}, 0}, 1)));
+}
+
+TEST_F(PaintBudgetTest, DrawingsOfOneContextShareIt) {
+  Paper paper(2000, 2000);
+  const Context context(paper.bitmap());
+  Vector vector(Copies(host::vec::Rectangle{{0, 0}, {2000, -2000}, {0, kNone}}, 60));
+  const HostRect at = {0, 0, 0, 0};
+  EXPECT_EQ(HostVecPaint(context.get(), vector.get(), 0, 0, 0, 0, &at, 0, 0), SUCCESS);
+  EXPECT_EQ(HostVecPaint(context.get(), vector.get(), 0, 0, 0, 0, &at, 0, 0), SUCCESS);
+  EXPECT_EQ(HostVecPaint(context.get(), vector.get(), 0, 0, 0, 0, &at, 0, 0), ERR_NO_MEMORY);
 }
 
 TEST_F(PaintBudgetTest, BeyondItNothingIsPainted) {

@@ -1,24 +1,25 @@
-// Makes the sample file that scripts/demo.sh renders: a map in colours with three images on top of it, each
-// stored in another way of the format.  make_demo OUT.ntf
+// Makes what scripts/demo.sh puts into its sample file: a map in colours, a relief in grey, a drawing over both, a text.
+//   make_demo DIRECTORY
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <string_view>
-
-#include "NtfBuilder.h"
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
-using tavi_test::Bytes;
-using tavi_test::ImageSpec;
+using Bytes = std::vector<uint8_t>;
 
 constexpr uint32_t kWidth = 640;
 constexpr uint32_t kHeight = 400;
 
-// ---- An invented landscape
-// -----------------------------------------------------------------------------------------
+// ---- An invented landscape ----
 
 double Lattice(int32_t x, int32_t y) {
   uint32_t n = static_cast<uint32_t>(x) * 374761393U + static_cast<uint32_t>(y) * 668265263U;
@@ -87,120 +88,164 @@ Color MapColor(uint32_t x, uint32_t y) {
   return {land.red * light, land.green * light, land.blue * light};
 }
 
-// ---- The images
-// ------------------------------------------------------------------------------------------------------
+// ---- The pictures ----
 
-// The whole map: red, green and blue in planes, block by block.
-ImageSpec Map() {
-  constexpr uint32_t kBlockWidth = 64;
-  constexpr uint32_t kBlockHeight = 80;
-  ImageSpec image;
-  image.Blocks(kWidth / kBlockWidth, kHeight / kBlockHeight, kBlockWidth, kBlockHeight).Mode('B');
-  image.Roles({"R ", "G ", "B "}).Level(1);
-  image.irep = "RGB";
-  for (uint32_t top = 0; top < kHeight; top += kBlockHeight) {
-    for (uint32_t left = 0; left < kWidth; left += kBlockWidth) {
-      std::array<Bytes, 3> planes;
-      for (uint32_t i = 0; i < kBlockWidth * kBlockHeight; ++i) {
-        const Color color = MapColor(left + i % kBlockWidth, top + i / kBlockWidth);
-        planes[0].push_back(ToByte(color.red));
-        planes[1].push_back(ToByte(color.green));
-        planes[2].push_back(ToByte(color.blue));
-      }
-      for (const Bytes& plane : planes) image.pixels.insert(image.pixels.end(), plane.begin(), plane.end());
+Bytes MapPicture() {
+  Bytes picture;
+  for (uint32_t i = 0; i < kWidth * kHeight; ++i) {
+    const Color color = MapColor(i % kWidth, i / kWidth);
+    for (const double sample : {color.red, color.green, color.blue}) picture.push_back(ToByte(sample));
+  }
+  return picture;
+}
+
+constexpr uint32_t kReliefSide = 128;
+
+// The light on the land alone, five times smaller than the map.
+Bytes ReliefPicture() {
+  Bytes picture;
+  for (uint32_t i = 0; i < kReliefSide * kReliefSide; ++i) {
+    picture.push_back(ToByte(150 * Light(12 + 5.0 * (i % kReliefSide), 5.0 * (i / kReliefSide))));
+  }
+  return picture;
+}
+
+// ---- The drawing: a binary CGM of version 1, one unit to a pixel, y upward ----
+
+struct Point {
+  int x, y;  // column and row of the map
+};
+
+class Metafile {
+ public:
+  Metafile() {
+    Put(0, 1, Text("demo"));
+    Put(1, 1, Numbers({1}));
+    Put(1, 11, Numbers({1, -1, 1}));  // the drawing set and some control elements
+    Put(1, 13, Text("HELVETICA_BOLD"));
+    Put(0, 3, Text("demo"));
+    Put(2, 2, Numbers({1}));  // colours as red, green, blue
+    Put(2, 3, Numbers({0}));  // widths in units
+    Put(2, 5, Numbers({0}));
+    Put(2, 6, Numbers({0, 0, static_cast<int>(kWidth), static_cast<int>(kHeight)}));
+    Put(0, 4, {});
+    Put(5, 10, Numbers({1}));
+  }
+
+  Metafile& Line(const std::vector<Point>& points, int width, const Bytes& color, int dashes = 1) {
+    Put(5, 2, Numbers({dashes}));
+    Put(5, 3, Numbers({width}));
+    Put(5, 4, color);
+    return Put(4, 1, Points(points));
+  }
+  Metafile& Polygon(const std::vector<Point>& points, const Bytes& color) {
+    Put(5, 22, Numbers({1}));
+    Put(5, 23, color);
+    return Put(4, 7, Points(points));
+  }
+  Metafile& Circle(Point centre, int radius, const Bytes& color) {
+    Put(5, 22, Numbers({1}));
+    Put(5, 23, color);
+    Bytes data = Points({centre});
+    Append(data, Numbers({radius}));
+    return Put(4, 12, data);
+  }
+  Metafile& Words(Point start, int height, const Bytes& color, const std::string& words) {
+    Put(5, 14, color);
+    Put(5, 15, Numbers({height}));
+    Bytes data = Points({start});
+    Append(data, Numbers({1}));
+    Append(data, Text(words));
+    return Put(4, 4, data);
+  }
+  Bytes End() {
+    Put(0, 5, {});
+    Put(0, 2, {});
+    return std::move(bytes_);
+  }
+
+ private:
+  static void Append(Bytes& to, const Bytes& more) { to.insert(to.end(), more.begin(), more.end()); }
+  static Bytes Numbers(const std::vector<int>& numbers) {
+    Bytes data;
+    for (const int number : numbers) {
+      data.push_back(static_cast<uint8_t>(static_cast<unsigned>(number) >> 8));
+      data.push_back(static_cast<uint8_t>(number));
     }
+    return data;
   }
-  return image;
+  static Bytes Points(const std::vector<Point>& points) {
+    Bytes data;
+    for (const Point& point : points) Append(data, Numbers({point.x, static_cast<int>(kHeight) - point.y}));
+    return data;
+  }
+  static Bytes Text(const std::string& text) {
+    Bytes data = {static_cast<uint8_t>(text.size())};
+    data.insert(data.end(), text.begin(), text.end());
+    return data;
+  }
+
+  // An element: its class and number, the length of its data, the data to an even length.
+  Metafile& Put(unsigned group, unsigned number, const Bytes& data) {
+    constexpr size_t kLongForm = 31;
+    const size_t length = std::min(data.size(), kLongForm);
+    Append(bytes_, Numbers({static_cast<int>(group << 12 | number << 5 | length)}));
+    if (length == kLongForm) Append(bytes_, Numbers({static_cast<int>(data.size())}));
+    Append(bytes_, data);
+    if (data.size() % 2 != 0) bytes_.push_back(0);
+    return *this;
+  }
+
+  Bytes bytes_;
+};
+
+// Its frame fills the map, so that the drawing keeps its size in the rectangle 3, 3 to 637, 397.
+Bytes Annotation() {
+  const Bytes white = {255, 255, 255};
+  const Bytes red = {205, 40, 30};
+  const Bytes cream = {255, 248, 214};
+  const Bytes dark = {40, 30, 20};
+  const int left = 14;
+  const int top = static_cast<int>(kHeight - kReliefSide) - 14;
+  const int side = static_cast<int>(kReliefSide);
+  return Metafile()
+      .Line({{4, 4}, {636, 4}, {636, 396}, {4, 396}, {4, 4}}, 2, white)
+      .Line({{left, top}, {left + side, top}, {left + side, top + side}, {left, top + side}, {left, top}}, 3,
+            cream)
+      .Words({left + 6, top - 8}, 16, cream, "Relief")
+      .Line({{205, 330}, {270, 250}, {360, 262}, {430, 190}, {520, 120}}, 3, red, 2)
+      .Circle({205, 330}, 7, red)
+      .Circle({520, 120}, 7, red)
+      .Words({533, 126}, 18, dark, "Cape")
+      .Polygon({{600, 26}, {612, 66}, {600, 56}, {588, 66}}, cream)
+      .Words({594, 86}, 18, cream, "N")
+      .Words({18, 52}, 40, cream, "TAVINITF")
+      .Words({20, 78}, 18, cream, "An invented coast")
+      .End();
 }
 
-// Heights as false colours in a disc: one band with a look-up table, entry 0 marks pixels that are not there.
-ImageSpec HeightDisc(uint32_t left, uint32_t top) {
-  constexpr uint32_t kSide = 180;
-  ImageSpec image = tavi_test::GreyImage(kSide, kSide);
-  image.irep = "RGB/LUT";
-  image.ic = "NM";
-  image.mask.pad_code = {0};
-  image.Level(2, 1).At(static_cast<int32_t>(top), static_cast<int32_t>(left));
-  image.bands[0].irepband = "LU";
-  image.bands[0].luts.assign(3, Bytes(256, 0));
-  for (uint32_t i = 1; i < 256; ++i) {
-    const double t = (i - 1) / 254.0;
-    image.bands[0].luts[0][i] = ToByte(255 * std::clamp(1.5 - std::abs(4 * t - 3), 0.0, 1.0));
-    image.bands[0].luts[1][i] = ToByte(255 * std::clamp(1.5 - std::abs(4 * t - 2), 0.0, 1.0));
-    image.bands[0].luts[2][i] = ToByte(255 * std::clamp(1.5 - std::abs(4 * t - 1), 0.0, 1.0));
-  }
-  image.pixels.assign(size_t{kSide} * kSide, 0);
-  for (uint32_t i = 0; i < kSide * kSide; ++i) {
-    const double dx = i % kSide - kSide / 2.0 + 0.5;
-    const double dy = i / kSide - kSide / 2.0 + 0.5;
-    if (std::hypot(dx, dy) > kSide / 2.0) continue;
-    const double height = Height(left + i % kSide, top + i / kSide);
-    image.pixels[i] = static_cast<uint8_t>(std::clamp(128 + height * 380, 1.0, 255.0));
-  }
-  return image;
-}
-
-// The relief alone in grey, four blocks, in the lower left corner.
-ImageSpec ReliefInset() {
-  constexpr uint32_t kSide = 64;
-  ImageSpec image = tavi_test::GreyImage(1, 1);
-  image.Blocks(2, 2, kSide, kSide).Level(3, 1).At(kHeight - 2 * kSide - 12, 12);
-  image.pixels.clear();
-  for (uint32_t block = 0; block < 4; ++block) {
-    for (uint32_t i = 0; i < kSide * kSide; ++i) {
-      const uint32_t x = block % 2 * kSide + i % kSide;
-      const uint32_t y = block / 2 * kSide + i / kSide;
-      const bool edge = x < 2 || y < 2 || x >= 2 * kSide - 2 || y >= 2 * kSide - 2;
-      image.pixels.push_back(edge ? 255 : ToByte(150 * Light(12 + 5.0 * x, 5.0 * y)));
-    }
-  }
-  return image;
-}
-
-// Seven rows of five picture elements for each letter of the name.
-constexpr std::array<std::array<std::string_view, 7>, 8> kLetters = {{
-    {"#####", "..#..", "..#..", "..#..", "..#..", "..#..", "..#.."},
-    {".###.", "#...#", "#...#", "#####", "#...#", "#...#", "#...#"},
-    {"#...#", "#...#", "#...#", "#...#", "#...#", ".#.#.", "..#.."},
-    {".###.", "..#..", "..#..", "..#..", "..#..", "..#..", ".###."},
-    {"#...#", "##..#", "#.#.#", "#.#.#", "#.#.#", "#..##", "#...#"},
-    {".###.", "..#..", "..#..", "..#..", "..#..", "..#..", ".###."},
-    {"#####", "..#..", "..#..", "..#..", "..#..", "..#..", "..#.."},
-    {"#####", "#....", "#....", "####.", "#....", "#....", "#...."},
-}};
-
-// The name in one bit a pixel, with two colours of its own; the colour of bit 0 is left out.
-ImageSpec Title() {
-  constexpr uint32_t kScale = 5;
-  constexpr uint32_t kTitleWidth = 6 * kScale * 8;
-  constexpr uint32_t kTitleHeight = 7 * kScale;
-  Bytes bits((kTitleWidth * kTitleHeight + 7) / 8, 0);
-  for (uint32_t i = 0; i < kTitleWidth * kTitleHeight; ++i) {
-    const uint32_t column = i % kTitleWidth / kScale;
-    const uint32_t row = i / kTitleWidth / kScale;
-    const bool set = column % 6 < 5 && kLetters[column / 6][row][column % 6] == '#';
-    if (set) bits[i / 8] = static_cast<uint8_t>(bits[i / 8] | (0x80U >> (i % 8)));
-  }
-  ImageSpec image = tavi_test::BilevelImage(kTitleWidth, kTitleHeight, bits);
-  image.irep = "RGB/LUT";
-  image.ic = "NM";
-  image.mask.pad_code = {0};
-  image.bands[0].irepband = "LU";
-  image.bands[0].luts = {{0, 255}, {0, 248}, {0, 214}};
-  image.Level(4, 1).At(16, 18);
-  return image;
+void Write(const std::filesystem::path& path, const std::string& head, const Bytes& bytes) {
+  std::ofstream file(path, std::ios::binary);
+  file << head;
+  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  if (!file.flush()) throw std::runtime_error(path.string() + " cannot be written");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 2) {
-    std::fputs("usage: make_demo OUT.ntf\n", stderr);
+    std::fputs("usage: make_demo DIRECTORY\n", stderr);
     return 2;
   }
-  const std::filesystem::path out = std::filesystem::absolute(argv[1]);
-  tavi_test::NtfBuilder file{Map(), HeightDisc(430, 190), ReliefInset(), Title()};
-  file.header["FTITLE"] = "An invented coast";
-  static_cast<void>(file.Build().Write(out.parent_path(), out.filename().string()));
+  const std::filesystem::path folder = argv[1];
+  std::filesystem::create_directories(folder);
+  const auto size = [](uint32_t width, uint32_t height) {
+    return std::to_string(width) + " " + std::to_string(height) + "\n255\n";
+  };
+  Write(folder / "map.ppm", "P6\n" + size(kWidth, kHeight), MapPicture());
+  Write(folder / "relief.pgm", "P5\n" + size(kReliefSide, kReliefSide), ReliefPicture());
+  Write(folder / "annotation.cgm", "", Annotation());
+  Write(folder / "note.txt", "The coast, its heights and the passage to the cape are invented.\n", {});
   return 0;
 }

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "../graphics/CgmPicture.h"
 #include "NtfBuilder.h"
 
 namespace {
@@ -194,6 +195,69 @@ BuiltFile Full() {
   return file.Build();
 }
 
+// Every kind of segment, and nothing wrong with any: the levels hang together, the mask's entries agree, the overflow is
+// told of on both sides.
+BuiltFile Tidy() {
+  ImageSpec blocked = GreyImage(16, 8, GreyPixels(16, 8));
+  blocked.Blocks(2, 2, 8, 4).Level(1);
+  blocked.udid = Tre("USERDF", "12345");
+  blocked.igeolo = std::string(60, '7');
+  blocked.comments = {"first comment", "the second"};
+  blocked.fields["UDOFL"] = "001";
+  blocked.bands[0].irepband = "M ";
+  ImageSpec masked = GreyImage(4, 4);
+  masked.Blocks(2, 2, 2, 2).Level(2, 1).At(3, -1);
+  masked.pixels = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+  masked.ic = "NM";
+  masked.mask.block_offsets = std::vector<uint32_t>{0, kAbsentBlock, 4, 8};
+  masked.mask.pad_offsets = std::vector<uint32_t>{kAbsentBlock, kAbsentBlock, 4, kAbsentBlock};
+  masked.mask.pad_code = {7};
+  NtfBuilder file{blocked, masked};
+  file.header["FTITLE"] = "A tidy file";
+  file.udhd = Tre("HEADER", "abc");
+  GraphicSpec graphic;
+  graphic.sdlvl = 3;
+  graphic.salvl = 2;
+  graphic.row = -12;
+  graphic.column = 34;
+  graphic.fields["SCOLOR"] = "C";
+  graphic.data = Bytes(10, 0);
+  file.graphics.push_back(graphic);
+  TextSpec text;
+  text.txtalvl = 2;
+  text.data = {'t', 'e', 'x', 't', '\r', '\n'};
+  file.texts.push_back(text);
+  DataExtensionSpec overflow;
+  overflow.fields["DESOFLW"] = "UDID  ";
+  overflow.fields["DESITEM"] = "001";
+  overflow.data = Tre("OVERFL", "12345");
+  file.data_extensions.push_back(overflow);
+  return file.Build();
+}
+
+// A drawing over a grey field, red on the left and blue on the right; a picture without anything in it; a symbol.
+BuiltFile Drawings() {
+  NtfBuilder file{GreyImage(60, 40, Bytes(60 * 40, 100))};
+  tavi_test::CgmPicture halves;
+  halves.Rectangle(0, 0, 20, 30, {255, 0, 0}).Rectangle(20, 0, 40, 30, {0, 0, 255});
+  GraphicSpec drawing;
+  drawing.sdlvl = 2;
+  drawing.bound1_row = 10;  // left, top, right, bottom
+  drawing.bound1_column = 5;
+  drawing.bound2_row = 50;
+  drawing.bound2_column = 35;
+  drawing.data = halves.Build();
+  GraphicSpec nothing = drawing;
+  nothing.sdlvl = 3;
+  nothing.data = tavi_test::CgmPicture().Build();
+  GraphicSpec symbol;
+  symbol.sfmt = 'B';
+  symbol.sdlvl = 4;
+  symbol.data = Bytes(4, 0xFF);
+  file.graphics = {drawing, nothing, symbol};
+  return file.Build();
+}
+
 // More data than one piece of a copy takes.
 BuiltFile Large() {
   return NtfBuilder{GreyImage(1500, 1001, GreyPixels(1500, 1001))}.Build();
@@ -263,9 +327,11 @@ int main(int argc, char** argv) {
   write("nothing.ntf", BuiltFile{});
   write("full.ntf", Full());
   write("full_cut.ntf", Full().Truncate("image[1].BMR[5]", 2));
+  write("tidy.ntf", Tidy());
   write("large.ntf", Large());
   write("large_cut.ntf", Large().Truncate("image[0].data", 1400000));
   write("many_blocks.ntf", ManyBlocks());
   write("jpeg.ntf", Jpeg());
+  write("drawings.ntf", Drawings());
   return 0;
 }

@@ -1,23 +1,24 @@
-"""The README's picture is what scripts/demo.sh draws."""
+"""The README's picture is what scripts/demo.sh draws, from a file that nothing is wrong with."""
 import pathlib
 import subprocess
 import sys
 import unittest
 
-from tool_support import ToolTest, read_picture
+from tool_support import TOOL, ToolTest, read_picture
 
-MAKE_DEMO, PICTURE = map(pathlib.Path, sys.argv[1:3])
+MAKE_FILE, MAKE_DEMO, PICTURE = map(pathlib.Path, sys.argv[1:4])
 
 
 class Demo(ToolTest):
     def test_picture_is_up_to_date(self):
-        """The landscape is computed in floating point, so another machine may differ in the last digit."""
-        subprocess.run([MAKE_DEMO, self.folder / "demo.ntf"], check=True)
+        """The landscape is computed in floating point, coded and drawn with fonts: another machine may differ a little."""
+        subprocess.run([MAKE_FILE, TOOL, MAKE_DEMO, self.folder], check=True)
+        self.check("verify", self.folder / "demo.ntf")
         self.check("render", self.folder / "demo.ntf", "-o", self.folder / "demo.png")
         drawn, shown = read_picture(self.folder / "demo.png"), read_picture(PICTURE)
         self.assertEqual((drawn.width, drawn.height, drawn.channels), (shown.width, shown.height, shown.channels))
-        apart = max(abs(a - b) for a, b in zip(drawn.samples, shown.samples))
-        self.assertLessEqual(apart, 2, "copy build/demo/demo.png to docs/demo.png")
+        far = sum(abs(a - b) > 8 for a, b in zip(drawn.samples, shown.samples))
+        self.assertLessEqual(far, len(shown.samples) // 200, "copy build/demo/demo.png to docs/demo.png")
 
 
 if __name__ == "__main__":

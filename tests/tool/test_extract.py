@@ -1,6 +1,8 @@
 """tavinitf extract: the bytes of a segment's data, and nothing at all when it cannot have them. Coded data as drawn."""
 import os
+import struct
 import unittest
+import xml.etree.ElementTree
 
 from nitf_fields import LENGTH_TABLES, Segments, number
 from tool_support import FILES, Picture, ToolTest
@@ -96,6 +98,38 @@ class Extract(ToolTest):
             self.refuse(path, "text:0", f"{target}: not written: is the file that is read [ERR_FILE_WRITE -5]",
                         target=target, left=["link.ntf", "mixed.ntf"])
         self.assertEqual(path.read_bytes(), original)
+
+    def test_drawing_as_a_picture(self):
+        data = self.extract(FILES / "drawings.ntf", "graphic:0", "drawing.svg")
+        root = xml.etree.ElementTree.fromstring(data)
+        self.assertEqual(root.tag, "{http://www.w3.org/2000/svg}svg")
+        self.assertEqual([float(root.get(side).rstrip("pxt")) for side in ("width", "height")], [40, 30])
+        data = self.extract(FILES / "drawings.ntf", "graphic:0", "drawing.PNG")
+        self.assertEqual((data[:8], struct.unpack(">II", data[16:24])), (b"\x89PNG\r\n\x1a\n", (40, 30)))
+        data = self.extract(FILES / "drawings.ntf", "graphic:0", "drawing.pdf")
+        self.assertEqual(data[:5], b"%PDF-")
+        self.assertIn(b"%%EOF", data[-10:])
+
+    def test_drawing_as_it_stands(self):
+        for name in ("drawing.cgm", "drawing", "drawing.svg.bin"):
+            self.assertEqual(self.extract(FILES / "drawings.ntf", "graphic:0", name)[:2], b"\x00\x2a")
+
+    def test_drawing_over_an_image(self):
+        picture = self.render("drawings.ntf", "out.png")
+        self.assertEqual([picture.at(x, 20) for x in (5, 20, 40, 55)],
+                         [(100, 100, 100), (255, 0, 0), (0, 0, 255), (100, 100, 100)])
+        self.assertEqual([picture.at(20, y) for y in (2, 37)], [(100, 100, 100)] * 2)
+
+    def test_graphic_that_is_no_drawing(self):
+        path = FILES / "full.ntf"
+        for ending in ("svg", "png", "pdf"):
+            self.refuse(path, "graphic:1", f"{path}: not extracted: graphic 1: its 6 bytes of data are no CGM drawing "
+                                           "[ERR_FILE_FORMAT -9]", target=self.folder / f"out.{ending}")
+        path = FILES / "drawings.ntf"
+        self.refuse(path, "graphic:2", f'{path}: not extracted: graphic 2: graphic type "B" (only drawings, "C", become '
+                                       "pictures) [ERR_NOT_SUPPORTED -16]", target=self.folder / "out.svg")
+        self.refuse(path, "graphic:0", f"{self.folder / 'none' / 'out.svg'}: not written: No such file or directory "
+                                       "[ERR_FILE_WRITE -5]", target=self.folder / "none" / "out.svg")
 
     def test_coded_data_are_drawn(self):
         self.assertEqual(self.render("jpeg.ntf", "jpeg.png"), Picture(8, 8, 3, [136] * 192))

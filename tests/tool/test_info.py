@@ -57,11 +57,11 @@ class Info(ToolTest):
         """Sizing a graphic needs its drawing, and this one is no drawing."""
         (file,) = self.info("mixed.ntf")
         self.assertIsNone(file["composite"])
-        self.assertEqual(file["composite_error"]["status"], "ERR_NOT_SUPPORTED")
-        self.assertEqual(file["composite_error"]["number"], -16)
+        self.assertEqual(file["composite_error"]["status"], "ERR_FILE_FORMAT")
+        self.assertEqual(file["composite_error"]["number"], -9)
         text = self.check("info", FILES / "mixed.ntf").stdout
-        self.assertIn("composite of unknown size: graphic 0: graphics are not drawn yet (only images are) "
-                      "[ERR_NOT_SUPPORTED -16]", text)
+        self.assertIn("composite of unknown size: graphic 0: its 10 bytes of data are no CGM drawing "
+                      "[ERR_FILE_FORMAT -9]", text)
 
     def test_document_without_segments(self):
         (file,) = self.info("empty_document.ntf")

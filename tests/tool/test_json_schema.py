@@ -110,7 +110,7 @@ def walk(schema):
 class JsonSchema(ToolTest):
     def setUp(self):
         super().setUp()
-        self.schemas = {name: json.loads((SCHEMAS / f"{name}.schema.json").read_text()) for name in ("info", "headers")}
+        self.schemas = {name: json.loads((SCHEMAS / f"{name}.schema.json").read_text()) for name in ("info", "headers", "verify")}
 
     def examine(self, path):
         for name, schema in self.schemas.items():
@@ -120,7 +120,11 @@ class JsonSchema(ToolTest):
             with self.subTest(command=name, file=path):
                 self.assertEqual(Validator(schema).complaints(printed), [])
                 error = printed[0].get("error") if name == "info" else printed.get("error")
-                self.assertEqual(error is None, result.returncode == 0)
+                if name == "verify":
+                    self.assertEqual(printed["findings"] == [], result.returncode == 0)
+                    self.assertEqual(error is not None, printed["verdict"] == "refused")
+                else:
+                    self.assertEqual(error is None, result.returncode == 0)
 
     def test_made_files(self):
         files = sorted(FILES.iterdir())
@@ -146,7 +150,8 @@ class JsonSchema(ToolTest):
         self.assertEqual(Validator(self.schemas["headers"]).complaints(printed), [])
 
     def test_every_key_is_seen(self):
-        """No property of the schemas is a promise that nothing keeps; labels belong to files that are refused."""
+        """No property of the schemas is a promise that nothing keeps; labels belong to files that are refused, and
+        test_verify.py cuts a file inside a look-up table."""
         for name, schema in self.schemas.items():
             seen = set()
 
@@ -159,7 +164,7 @@ class JsonSchema(ToolTest):
             for path in FILES.iterdir():
                 note(json.loads(self.run_tool(name, "--json", path).stdout))
             promised = {key for part in walk(schema) for key in part.get("properties", {})}
-            self.assertEqual(promised - seen, {"LDLVL", "LALVL", "LLOC"} & promised)
+            self.assertEqual(promised - seen, {"LDLVL", "LALVL", "LLOC", "field_sub_index"} & promised)
 
     def test_schemas_refuse_what_is_wrong(self):
         info = json.loads(self.check("info", "--json", FILES / "full.ntf").stdout)
@@ -196,6 +201,12 @@ class JsonSchema(ToolTest):
         wrong("headers", headers, "segments", 0, "fields", 0, number=1)
         wrong("headers", headers, "segments", 0, "fields", 0, length=-1)
         wrong("headers", headers, "segments", 0, "fields", 0, text="\u2026")
+        verify = json.loads(self.check("verify", "--json", FILES / "full.ntf", status=1).stdout)
+        wrong("verify", verify, verdict="good")
+        wrong("verify", verify, omitted=None)
+        wrong("verify", verify, "findings", 0, field=7)
+        wrong("verify", verify, "findings", 0, found="\u0100")
+        wrong("verify", verify, "findings", 0, expected=None)
         with self.assertRaises(ValueError):
             Validator({"maxLength": 3}).complaints("long")
 

@@ -18,7 +18,7 @@ class Usage(ToolTest):
 
     def test_help_names_subcommands(self):
         text = self.check("--help").stdout
-        for name in ("info", "headers", "render", "extract"):
+        for name in ("info", "headers", "verify", "render", "extract", "copy", "set", "create", "append"):
             self.assertIn(name, text)
         self.assertIn("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.", text)
 

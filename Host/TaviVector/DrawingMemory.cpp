@@ -1,0 +1,85 @@
+#include "TaviVector/DrawingMemory.h"
+
+#include <atomic>
+
+#include "TaviHost.h"
+
+namespace tavi::host::vec {
+namespace {
+
+constexpr uint64_t kDefaultLimit = uint64_t{256} << 20;
+std::atomic<uint64_t> limit{kDefaultLimit};
+std::atomic<uint64_t> total{0};
+
+template <class Element>
+uint64_t Bytes(const std::vector<Element>& elements) {
+  return elements.capacity() * sizeof(Element);
+}
+
+// What a shape holds beside the object itself.
+uint64_t Content(const Polyline& line) {
+  return Bytes(line.points);
+}
+uint64_t Content(const Segments& lines) {
+  return Bytes(lines.points);
+}
+uint64_t Content(const Polygon& polygon) {
+  uint64_t bytes = Bytes(polygon.rings);
+  for (const Ring& ring : polygon.rings) bytes += Bytes(ring.points) + Bytes(ring.visible);
+  return bytes;
+}
+uint64_t Content(const Figure& figure) {
+  uint64_t bytes = Bytes(figure.contours);
+  for (const Contour& contour : figure.contours) bytes += Bytes(contour.curves);
+  return bytes;
+}
+uint64_t Content(const Markers& markers) {
+  return Bytes(markers.points);
+}
+uint64_t Content(const Text& text) {
+  uint64_t bytes = Bytes(text.spans);
+  for (const TextSpan& span : text.spans) bytes += span.text.capacity();
+  return bytes;
+}
+uint64_t Content(const CellArray& cells) {
+  return Bytes(cells.colors);
+}
+template <class OtherShape>
+uint64_t Content(const OtherShape&) {
+  return 0;
+}
+
+}  // namespace
+
+uint64_t BytesOf(const Drawing& drawing) noexcept {
+  uint64_t bytes = Bytes(drawing.objects) + Bytes(drawing.strokes) + Bytes(drawing.fills) +
+                   Bytes(drawing.patterns) + Bytes(drawing.markers) + Bytes(drawing.texts) +
+                   Bytes(drawing.clips) + Bytes(drawing.layers);
+  for (const Pattern& pattern : drawing.patterns) bytes += Bytes(pattern.colors);
+  for (const Object& object : drawing.objects) {
+    bytes += std::visit([](const auto& shape) { return Content(shape); }, object.shape);
+  }
+  return bytes;
+}
+
+bool ChargeDrawing(uint64_t bytes) noexcept {
+  if (total.fetch_add(bytes) + bytes <= limit) return true;
+  total -= bytes;
+  return false;
+}
+
+void ReleaseDrawing(uint64_t bytes) noexcept {
+  total -= bytes;
+}
+
+}  // namespace tavi::host::vec
+
+using namespace tavi::host;
+
+void HostSetVectorLimit(uint64_t bytes) {
+  vec::limit = bytes;
+}
+
+uint64_t HostGetVectorLimit(void) {
+  return vec::limit;
+}
