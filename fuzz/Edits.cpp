@@ -7,10 +7,12 @@
 namespace tavi_fuzz {
 namespace {
 
-// Puts a text of the input's into one of a record's text fields; `held` keeps it alive.
-void ChangeText(char*& field, Choices& choose, std::string& held) {
+// Puts a text of the input's into one of a record's text fields, which stand at any address; `held` keeps it alive.
+template <class Record, size_t kCount>
+void ChangeText(Record& record, const size_t (&places)[kCount], Choices& choose, std::string& held) {
   held = choose.Text();
-  field = held.data();
+  const char* const text = held.data();
+  std::memcpy(reinterpret_cast<uint8_t*>(&record) + places[choose.Number(kCount)], &text, sizeof text);
 }
 
 template <class Record>
@@ -36,8 +38,10 @@ void EditHeader(NitfHandle handle, Choices& choose) {
       [](NitfHandle h, uint32_t, NitfHeaderInfo* r) { return Tavi_NITFSetNITFHeader(h, r); },
       Tavi_NITFFreeNITFHeader,
       [&](NitfHeaderInfo& r) {
-        char** const texts[] = {&r.FTITLE, &r.OSTAID, &r.FSCLAS, &r.FSCLTX, &r.ONAME, &r.FHDR};
-        ChangeText(*texts[choose.Number(6)], choose, text);
+        constexpr size_t kTexts[] = {offsetof(NitfHeaderInfo, FTITLE), offsetof(NitfHeaderInfo, OSTAID),
+                                     offsetof(NitfHeaderInfo, FSCLAS), offsetof(NitfHeaderInfo, FSCLTX),
+                                     offsetof(NitfHeaderInfo, ONAME),  offsetof(NitfHeaderInfo, FHDR)};
+        ChangeText(r, kTexts, choose, text);
         r.HL = choose.Byte();
         r.FL = choose.Byte() * 1000U;
         std::memset(r.FDT, '0' + choose.Byte() % 10, sizeof r.FDT);
@@ -47,37 +51,46 @@ void EditHeader(NitfHandle handle, Choices& choose) {
 
 void EditImage(NitfHandle handle, Choices& choose) {
   std::string text;
-  Rewrite<NitfImageHeaderInfo>(handle, choose.Number(3), Tavi_NITFGetImageHeader, Tavi_NITFSetImageHeader,
-                               Tavi_NITFFreeImageHeader, [&](NitfImageHeaderInfo& r) {
-                                 char** const texts[] = {&r.IID1,  &r.IC,   &r.COMRAT, &r.ICORDS, &r.IMAG,
-                                                         &r.PJUST, &r.IREP, &r.IMODE,  &r.PVTYPE};
-                                 ChangeText(*texts[choose.Number(9)], choose, text);
-                                 r.NBPP = choose.Byte();
-                                 r.NBPC = choose.Byte();
-                                 r.ILOC_ROW = choose.Byte() - 128;
-                                 r.ILOC_COLUMN = choose.Byte() * 1000;
-                               });
+  Rewrite<NitfImageHeaderInfo>(
+      handle, choose.Number(3), Tavi_NITFGetImageHeader, Tavi_NITFSetImageHeader, Tavi_NITFFreeImageHeader,
+      [&](NitfImageHeaderInfo& r) {
+        constexpr size_t kTexts[] = {
+            offsetof(NitfImageHeaderInfo, IID1),   offsetof(NitfImageHeaderInfo, IC),
+            offsetof(NitfImageHeaderInfo, COMRAT), offsetof(NitfImageHeaderInfo, ICORDS),
+            offsetof(NitfImageHeaderInfo, IMAG),   offsetof(NitfImageHeaderInfo, PJUST),
+            offsetof(NitfImageHeaderInfo, IREP),   offsetof(NitfImageHeaderInfo, IMODE),
+            offsetof(NitfImageHeaderInfo, PVTYPE)};
+        ChangeText(r, kTexts, choose, text);
+        r.NBPP = choose.Byte();
+        r.NBPC = choose.Byte();
+        r.ILOC_ROW = choose.Byte() - 128;
+        r.ILOC_COLUMN = choose.Byte() * 1000;
+      });
 }
 
 void EditGraphic(NitfHandle handle, Choices& choose) {
   std::string text;
-  Rewrite<NitfGraphicHeaderInfo>(handle, choose.Number(3), Tavi_NITFGetGraphicHeader,
-                                 Tavi_NITFSetGraphicHeader, Tavi_NITFFreeGraphicHeader,
-                                 [&](NitfGraphicHeaderInfo& r) {
-                                   char** const texts[] = {&r.SNAME, &r.SFMT, &r.SCOLOR, &r.SID};
-                                   ChangeText(*texts[choose.Number(4)], choose, text);
-                                   r.SDLVL = choose.Byte();
-                                   r.SALVL = choose.Byte();
-                                   r.SBND2_SECOND = choose.Byte();
-                                 });
+  Rewrite<NitfGraphicHeaderInfo>(
+      handle, choose.Number(3), Tavi_NITFGetGraphicHeader, Tavi_NITFSetGraphicHeader,
+      Tavi_NITFFreeGraphicHeader, [&](NitfGraphicHeaderInfo& r) {
+        constexpr size_t kTexts[] = {
+            offsetof(NitfGraphicHeaderInfo, SNAME), offsetof(NitfGraphicHeaderInfo, SFMT),
+            offsetof(NitfGraphicHeaderInfo, SCOLOR), offsetof(NitfGraphicHeaderInfo, SID)};
+        ChangeText(r, kTexts, choose, text);
+        r.SDLVL = choose.Byte();
+        r.SALVL = choose.Byte();
+        r.SBND2_SECOND = choose.Byte();
+      });
 }
 
 void EditText(NitfHandle handle, Choices& choose) {
   std::string text;
   Rewrite<NitfTextHeaderInfo>(handle, choose.Number(3), Tavi_NITFGetTextHeader, Tavi_NITFSetTextHeader,
                               Tavi_NITFFreeTextHeader, [&](NitfTextHeaderInfo& r) {
-                                char** const texts[] = {&r.TXTITL, &r.TXTFMT, &r.TEXTID};
-                                ChangeText(*texts[choose.Number(3)], choose, text);
+                                constexpr size_t kTexts[] = {offsetof(NitfTextHeaderInfo, TXTITL),
+                                                             offsetof(NitfTextHeaderInfo, TXTFMT),
+                                                             offsetof(NitfTextHeaderInfo, TEXTID)};
+                                ChangeText(r, kTexts, choose, text);
                                 r.TXTALVL = choose.Byte();
                               });
 }

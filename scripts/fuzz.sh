@@ -35,7 +35,7 @@ for target in "${targets[@]}"; do
   echo "== $target: $minutes minutes"
   known=()
   [ -d "fuzz/found/$target" ] && known=("fuzz/found/$target")
-  if ! ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 "build-fuzz/bin/fuzz_$target" \
+  if ! LSAN_OPTIONS="suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0" ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 "build-fuzz/bin/fuzz_$target" \
       -max_total_time=$((minutes * 60)) -max_len=65536 -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=4000 -report_slow_units=5 \
       -print_final_stats=1 -verbosity=1 -artifact_prefix="$found/" "${dictionary[@]}" \
       "$corpus" "build-fuzz/fuzz/seeds/$kind" "${known[@]}" >"build-fuzz/$target.log" 2>&1; then

@@ -56,6 +56,7 @@ if $with_sanitizers; then
   configure_and_build sanitize
   step "tests with sanitizers"
   export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:strict_string_checks=1:check_initialization_order=1}
+  export LSAN_OPTIONS=${LSAN_OPTIONS:-suppressions=$PWD/tests/support/leaks.supp:print_suppressions=0}
   export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
   before=$(fingerprint)
   run_suite build-sanitize

@@ -1,6 +1,7 @@
 // Painting a vector into a context.
 #include <cmath>
 #include <new>
+#include <stdexcept>
 
 #include "TaviHost.h"
 #include "TaviKernel/DrawingContext.h"
@@ -81,6 +82,8 @@ int32_t HostVecPaint(HostDrawingContext context, HostVector* vector, int32_t, in
     const vec::Drawing& shown = vec::WithBackColor(*drawing, vec::BackColorOf(vector), changed);
     return vec::PaintOver(target, shown, vec::Placement(bounds, *rectangle), context->pixels_spent);
   } catch (const std::bad_alloc&) {
+    return ERR_NO_MEMORY;
+  } catch (const std::length_error&) {
     return ERR_NO_MEMORY;
   }
 }

@@ -1,6 +1,7 @@
 // The operations on whole vectors.
 #include <cmath>
 #include <new>
+#include <stdexcept>
 
 #include "TaviHost.h"
 #include "TaviVector/VectorRecord.h"
@@ -71,6 +72,8 @@ int32_t HostVecCopy(HostVector* target, const HostVector* source, uint32_t) {
     const int32_t status = TakeDrawing(target, Drawing(*drawing));
     if (status != SUCCESS) return status;
   } catch (const std::bad_alloc&) {
+    return ERR_NO_MEMORY;
+  } catch (const std::length_error&) {
     return ERR_NO_MEMORY;
   }
   VectorPart settings = LoadVectorPart(source);

@@ -21,7 +21,8 @@ struct StatusText {
 
 constexpr std::array<StatusText, 20> kStatuses = {{
     {SUCCESS, "SUCCESS", "done"},
-    {ERR_NO_MEMORY, "ERR_NO_MEMORY", "more memory is needed than there is or than one picture may take"},
+    {ERR_NO_MEMORY, "ERR_NO_MEMORY",
+     "more memory is needed than there is or than one picture may take (see --limit)"},
     {ERR_NO_BITMAP, "ERR_NO_BITMAP", "there is no valid bitmap"},
     {ERR_FILE_WRITE, "ERR_FILE_WRITE", "the file cannot be written"},
     {ERR_FILE_READ, "ERR_FILE_READ", "the file ends before the data that it announces"},

@@ -41,8 +41,8 @@ TEST_F(PaintBudgetTest, HatchesCostMoreAndLargeCanvasesBearSomeLayers) {
   hatched.fills[0].interior = Interior::kHatch;
   EXPECT_FALSE(Keeps(hatched));
   constexpr Box kLarge{{0, 0}, {20000, 20000}};
-  EXPECT_TRUE(Keeps(Copies(whole, 8), kLarge));
-  EXPECT_FALSE(Keeps(Copies(whole, 9), kLarge));
+  EXPECT_TRUE(Keeps(Copies(whole, 16), kLarge));
+  EXPECT_FALSE(Keeps(Copies(whole, 17), kLarge));
 }
 
 TEST_F(PaintBudgetTest, WideLinesAndMarkersCountThinLinesDoNot) {

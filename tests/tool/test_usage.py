@@ -28,6 +28,17 @@ class Usage(ToolTest):
         for option in ("--output", "--directory", "--jobs", "--fixed-canvas", "--stretch-dark", "--paint-each", "--bits"):
             self.assertIn(option, text)
 
+    def test_limit_bounds_the_picture(self):
+        out = self.folder / "limited.png"
+        refused = self.run_tool("--limit", "1KB", "render", FILES / "color.ntf", "-o", out)
+        self.assertEqual(refused.returncode, 1)
+        self.assertIn("(see --limit) [ERR_NO_MEMORY -1]", refused.stderr)
+        self.assertFalse(out.exists())
+        self.check("--limit", "1MB", "render", FILES / "color.ntf", "-o", out)
+        self.assertTrue(out.exists())
+        for wrong in ("much", "-1", "1XB"):
+            self.assertEqual(self.run_tool("--limit", wrong, "info", FILES / "color.ntf").returncode, 2, wrong)
+
     def test_wrong_usage_exits_with_2_and_writes_nothing(self):
         color = FILES / "color.ntf"
         out = self.folder / "out.png"
