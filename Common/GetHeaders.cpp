@@ -81,10 +81,15 @@ int32_t CopyComments(char**& out, const ImSubHdr& source) {
   return SUCCESS;
 }
 
+// The text ends at its first NUL; behind it are zeros up to UDIDL bytes, as many as the setter may read of it.
 int32_t CopyUserData(char*& out, const ImSubHdr& source) {
   const auto* stored = reinterpret_cast<const char*>(source.UserTre.data());
-  out = stored != nullptr ? CopyFieldString(stored, source.UserTre.size()) : CopyFieldString("", 1);
-  return out != nullptr ? SUCCESS : ERR_NO_MEMORY;
+  const uint64_t length = stored != nullptr ? strnlen(stored, source.UserTre.size()) : 0;
+  const auto told = static_cast<uint64_t>(std::max(NumberOf(source.Text.UDIDL), 0));
+  out = Allocate<char>(std::max(length + 1, told));
+  if (out == nullptr) return ERR_NO_MEMORY;
+  if (length != 0) std::memcpy(out, stored, length);
+  return SUCCESS;
 }
 
 int32_t FillImageBlocks(NitfImageHeaderInfo* record, const ImSubHdr& source) {
@@ -253,8 +258,9 @@ int32_t Tavi_NITFGetTextSegment(NitfHandle handle, uint32_t index, uint8_t* buff
   if (source == nullptr) return 0;
   if (source->TextDataInMemory != 0) {
     const auto* text = reinterpret_cast<const char*>(source->TextDataBuffer.data());
-    const size_t kept = strnlen(text, source->TextDataBuffer.size());
-    std::memcpy(buffer, text, kept);
+    // The buffer is as large as the size that was told, and a record may have made that another one.
+    const size_t kept = strnlen(text, std::min<uint64_t>(length, source->TextDataBuffer.size()));
+    if (kept != 0) std::memcpy(buffer, text, kept);
     buffer[kept] = 0;
     return SUCCESS;
   }

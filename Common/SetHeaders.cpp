@@ -16,6 +16,7 @@ constexpr int32_t kNoHandle = 0;  // what a setter returns for a null handle
 // One field of the record, or what a function does in its place.
 template <class R>
 struct Step {
+  // A name alone is a whole step in the lists below. NOLINTNEXTLINE(google-explicit-constructor)
   constexpr Step(const char* name, int32_t (*what)(R&, const void* record, const char* field) = nullptr)
       : field(name), own(what) {}
   const char* field;
@@ -79,8 +80,10 @@ int32_t SetList(NtfHdr& header, const void* record, const char* field) {
   const FieldRow<NtfHdr>* group = nullptr;
   const FieldRow<NtfHdr>* column = FindRow<NtfHdr>(FileHeaderRows(), field, &group);
   const Member* member = FindMember(file_header::kMembers, field);
+  // A getter lists nothing for a count below 0.
+  const int32_t count = std::max(GetMember<int32_t>(record, kCountOffset), 0);
   return SetLengths(header, *group, *column, GetMember<const uint32_t*>(record, member->offset),
-                    GetMember<uint32_t>(record, kCountOffset));
+                    static_cast<uint32_t>(count));
 }
 
 // The number with six decimals, its last character at the field's last. Nothing stops it at the field's left end:

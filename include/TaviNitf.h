@@ -153,21 +153,29 @@ TAVI_NITF_API int32_t fltSave(void* record);
 /* ---- Drawing ------------------------------------------------------------------------------------------ */
 
 /*
- * The size of the document's composite, in pixels: the extent of all images on the common coordinate system,
- * each taken by its whole block grid. 2048 x 2048 for a document without segments or with the fixed canvas,
- * 2 x 2 for one that holds texts only.
- * Status: ERR_NULL_ARGUMENT for a null argument; ERR_NO_MEMORY.
+ * The size of the document's composite, in pixels: the largest width and the largest height of all segments on the
+ * common coordinate system. An image counts with its whole block grid; a graphic with its second bound, for which its
+ * data are read from the source file and a CGM drawing is loaded; labels add 10 pixels to both sides. 2048 x 2048 for a
+ * document without segments or with the fixed canvas, 2 x 2 for one that holds texts only, 1 x 1 for one of labels
+ * without an image, whatever graphics it has.
+ * Status: ERR_NULL_ARGUMENT for a null argument; ERR_FILE_READ when the file ends inside the data of a graphic, also
+ * for a new one that has not been saved; ERR_NO_MEMORY; the status of HostVecLoadMemory (ERR_FILE_FORMAT for data that
+ * are no drawing).
  */
 TAVI_NITF_API int32_t GetActual_Width_Height(NitfFile* document, uint32_t* width, uint32_t* height);
 
 /*
- * Draws all segments on a drawing context, by ascending display level. `context` is null or names the host's
- * entries for coded images. `bitmap` is the composite that the drawing context draws into; it is not looked
- * at.
+ * Draws all images, graphics and labels on a drawing context, by ascending display level. `context` is null or names
+ * the host's entries for coded images. `bitmap` is the composite that the drawing context draws into; it is not looked
+ * at. A graphic's data are read from the source file, at the place that the lengths of the file header tell: one that
+ * was appended, or whose drawing was exchanged, is drawn from its new data only once it has been saved and opened
+ * again. Object symbols are painted with TAVI_LOAD_PAINT_EACH_OBJECT only, which fltLoad knows.
  * Status: that of the first segment that cannot be drawn, and then later ones are not drawn:
- * ERR_NOT_SUPPORTED for IC C0, C2, M0 and M2, ERR_FILE_READ when a segment's data end too early,
- * ERR_FILE_FORMAT when they do not fit their header, ERR_NO_MEMORY, and what the host reports;
- * ERR_NULL_ARGUMENT for a null document or drawing context.
+ * ERR_NOT_SUPPORTED for IC C0, C2, M0 and M2, ERR_FILE_READ when a segment's data end too early or are not in the
+ * file, ERR_FILE_FORMAT when they do not fit their header, and for an image with which all images together cover
+ * more than 2^30 pixels and 64 for each byte of the file; ERR_NO_MEMORY, also from the host for drawings that hold
+ * or cover more than its limits allow; and what else the host reports; ERR_NULL_ARGUMENT for a null document or
+ * drawing context.
  */
 TAVI_NITF_API int32_t Tavi_NitfDrawObjects(FilterLoadContext* context, HostDrawingContext drawing_context,
                                            HostBitmap* bitmap, NitfFile* document);
@@ -227,10 +235,12 @@ TAVI_NITF_API int32_t Tavi_NITFGetStatus(NitfHandle handle);
  *
  * A file of that name is replaced in place; after a failure what was written of it stays. The document's own source may
  * be named too, by any spelling or link: the source is then read into memory before it is replaced, which is kept until
- * Tavi_NITFDestroy, and the document goes on as before. To keep a file's old contents when a save fails, save
- * under another name and rename.
- * Status: ERR_NULL_HANDLE; ERR_FILE_WRITE when the file cannot be made or written in full; ERR_FILE_READ when the
- * source ends inside the data of a segment; ERR_FILE_FORMAT for data of IC C4 or M4 without code rows;
+ * Tavi_NITFDestroy, and the document goes on as before. A target that holds the same bytes as the source may be the
+ * source, so that such a save needs the memory for a while as well. To keep a file's old contents when a save fails,
+ * save under another name and rename.
+ * Status: that of the first failure: ERR_NULL_HANDLE; ERR_FILE_WRITE when the file cannot be made or written in
+ * full; ERR_FILE_READ when the source ends inside the data of a segment; ERR_FILE_FORMAT for data of IC C4 or M4
+ * without code rows;
  * ERR_UNSUPPORTED_PVTYPE, with a message box of the host, for a sample type that is neither integer nor bilevel;
  * ERR_NO_MEMORY.
  */
@@ -319,8 +329,8 @@ typedef struct NitfHeaderInfo {
 
 /*
  * An image subheader. Tavi_NITFGetImageHeader fills all fields but the band lists IREPBAND, ISUBCAT, IFC and
- * IMFLT. ICOM has NICOM entries, those beyond the stored comments empty. UDID ends at its first NUL. IXSHD
- * has IXSHDL bytes and TPXCD TPXCDLNTH bytes: the stored ones first, zeros behind.
+ * IMFLT. ICOM has NICOM entries, those beyond the stored comments empty. UDID ends at its first NUL and has zeros
+ * from there to UDIDL bytes. IXSHD has IXSHDL bytes and TPXCD TPXCDLNTH bytes: the stored ones first, zeros behind.
  */
 typedef struct NitfImageHeaderInfo {
   char* IM;
@@ -502,7 +512,8 @@ TAVI_NITF_API int32_t Tavi_NITFGetTextHeader(NitfHandle handle, uint32_t index, 
  * completed with blanks; one that is longer, or null, is refused. Numbers are written into the digits of their field
  * without being looked at; one of more digits keeps its first ones. A block (UDHD, XHD, UDID, IXSHD, SXSHD, TXSHD)
  * is read to the length that its length field in the same record says, less 3; null keeps the old block. A block
- * whose length is below 3 is dropped (ERR_NO_MEMORY). TPXCD has (TPXCDLNTH + 7) / 8 bytes.
+ * whose length is below 3 is dropped (ERR_NO_MEMORY). TPXCD has (TPXCDLNTH + 7) / 8 bytes; null keeps the old code,
+ * whatever TPXCDLNTH says by then. What a getter has filled is as long as that.
  *
  * Tavi_NITFSetNITFHeader takes all fields, whatever becomes of each: one that is refused keeps its value and nothing
  * is said. Results: SUCCESS; 0 for a null handle, TAVI_BAD_INDEX for a null record. What to know:
@@ -512,7 +523,10 @@ TAVI_NITF_API int32_t Tavi_NITFGetTextHeader(NitfHandle handle, uint32_t index, 
  *     refused. CLEVEL is taken if it is 1 to 7 or 99; files with another level than 3 are not opened again.
  *   - FVER is printed as a number, which spoils FVER and FHDR: a saved file then is no NITF file any more.
  *   - HL moves what is read of the source file, FL is taken as it is. NUMI and its like change the header's own number
- *     and not the segments; each list is taken as far as the header has entries. LS changes where the source's drawings
+ *     and not the segments; each list is taken as far as the header has entries. After appends the getter's NUMI,
+ *     NUMS, NUMT and HL are those of the header as it was read (0 in a new document), so that a get and a set resets
+ *     the numbers and the header's length that the appends had brought up to date: the new segments' lengths then
+ *     count as 0, here and in a save. LS changes where the source's drawings
  *     are looked for and not what a save writes. LRESH and LRE are taken for the first NUMDES entries. Any list may
  *     be null.
  *
@@ -520,8 +534,9 @@ TAVI_NITF_API int32_t Tavi_NITFGetTextHeader(NitfHandle handle, uint32_t index, 
  * it keep their new values. The refused field is set a second time, and that result is returned. Results: SUCCESS;
  * TAVI_BAD_INDEX for a null record and for an index at or beyond the list; 0 for a null handle;
  * ERR_INVALID_PARAMETER for a text that is too long, null, or outside its field's set (PVTYPE, IREP, PJUST, IC,
- * IMODE; the code of an overlong text that begins well is taken all the same), and for a comment beyond the stored
- * ones; ERR_NO_MEMORY. What to know:
+ * IMODE), and for a comment beyond the stored ones; ERR_NO_MEMORY, also for NBANDS above 99999. Of an overlong text
+ * that begins well the code of PVTYPE, IREP, PJUST and IMODE and the number of IMAG are taken all the same; of an
+ * overlong IC or COMRAT nothing is. What to know:
  *   - The first member of a location goes to the first half: a record that a getter has filled exchanges row and column
  *     of ILOC and SLOC. A negative half of SBND1 or SBND2 is stored in a way that reads as 0.
  *   - NBANDS makes a new band table without roles, subcategories, filters and look-up tables. IGEOLO, the band lists
@@ -546,7 +561,8 @@ TAVI_NITF_API int32_t Tavi_NITFFreeTextHeader(NitfTextHeaderInfo* record);
 /*
  * The text of a text segment. A call with a null buffer yields the size in bytes alone; the buffer must have
  * that size plus one byte for the terminator. `size` may be null. Results: SUCCESS; TAVI_BAD_INDEX for a null
- * handle and for an index at or beyond the texts; ERR_FILE_READ when the file ends inside the text.
+ * handle and for an index at or beyond the texts; ERR_FILE_READ when the file ends inside the text; 0 with a buffer
+ * for a text that has no subheader, whose size is 0. Of an appended text no more than the size is copied.
  */
 TAVI_NITF_API int32_t Tavi_NITFGetTextSegment(NitfHandle handle, uint32_t index, uint8_t* buffer,
                                               uint32_t* size);
@@ -558,6 +574,11 @@ TAVI_NITF_API int32_t Tavi_NITFGetTextSegment(NitfHandle handle, uint32_t index,
  * file is not touched, and a save writes all. The counts, FL and the lengths of the file header follow; the texts
  * of NUMI, NUMS, NUMT and HL do not, so that Tavi_NITFGetNITFHeader shows the old numbers. A document holds 999
  * segments of each kind at most: the next append returns 0. One that fails leaves the document as it was.
+ *
+ * After a graphic has been appended to an opened file, the file's texts and data extensions can no longer be found
+ * there: Tavi_NITFGetTextSegment and a save yield other bytes of the file in their place, or ERR_FILE_READ. Drawing
+ * looks for a new segment in the source file, where it is not: until the document has been saved and opened again,
+ * drawing it, or measuring it when it has new graphics, fails (ERR_FILE_READ) or takes other bytes of the file.
  *
  * A new image or graphic lies above all others: its display level is the highest in use plus 1. The date of an image or
  * text is the file's (FDT), with the last of its two-digit fields that is above 1 lowered by 1; a text's keeps its
@@ -580,7 +601,8 @@ TAVI_NITF_API int32_t Tavi_NITFAppendImageSegment(NitfHandle handle, HostBitmap*
  * Writes a drawing as CGM and appends it as a graphic, attached to the lowest segment there is. The rectangle becomes
  * SBND1 (left, top) and SBND2 (right, bottom); SLOC stays 0. The caller's vector is changed: a drawing that reaches
  * above the x axis is moved below it, by its height above it and one unit more, and the rectangle becomes its viewport;
- * both also when the append fails later. Of the drawing only the CGM data are kept.
+ * both also when the append fails later. Of the drawing only the CGM data are kept. See above for what an appended
+ * graphic does to an opened file with texts or data extensions, and to drawing.
  * Results: SUCCESS; 0 when there are 999 graphics; ERR_NULL_HANDLE for a null handle or rectangle; ERR_NULL_ARGUMENT for
  * a null vector; ERR_INVALID_VECTOR for an empty one; ERR_INVALID_PARAMETER for a drawing that reaches beyond row or
  * column 99999; ERR_NO_MEMORY; the status of HostVecSaveMemory.
@@ -605,9 +627,10 @@ TAVI_NITF_API int32_t Tavi_NITFAppendTextSegment(NitfHandle handle, const wchar_
 TAVI_NITF_API int32_t Tavi_NITFSetVectorHandle(NitfHandle handle, uint32_t index, HostVector* vector);
 /*
  * The vector of a graphic, after the drawing of the first graphic has been loaded from the source file: any other
- * one's is as Tavi_NITFSetVectorHandle or a composition has left it, empty otherwise. It belongs to the document and
- * lives as long. Null for a null handle, for an index at or beyond the graphics, and when the first graphic cannot be
- * loaded, as in a document without a source file.
+ * one's is as Tavi_NITFSetVectorHandle or a composition has left it, empty otherwise. A drawing that was put in the
+ * first graphic's place makes way for that of the file. It belongs to the document and lives as long. Null for a null
+ * handle, for an index at or beyond the graphics, and when the first graphic cannot be loaded, as in a document without
+ * a source file.
  */
 TAVI_NITF_API HostVector* Tavi_NITFGetVectorHandle(NitfHandle handle, uint32_t index);
 

@@ -208,6 +208,7 @@ const CodedCase kCoded[] = {
     {CODED(PVTYPE), "B", "SI", -13, "B  ", "B  "},
     {CODED(PVTYPE), "B", "", -13, "B  ", "B  "},
     {CODED(PVTYPE), "B", "i", -13, "B  ", "B  "},
+    {CODED(PVTYPE), "B", " ", -13, "B  ", "B  "},
     {CODED(IREP), "MULTI", "MONO", SUCCESS, "MONO    ", "MONO    "},
     {CODED(IREP), "MONO", "RGB/LUT", SUCCESS, "RGB/LUT ", "RGB/LUT "},
     {CODED(IREP), "MONO", "RGB", SUCCESS, "RGB     ", "RGB     "},
@@ -223,12 +224,14 @@ const CodedCase kCoded[] = {
     {CODED(IREP), "MULTI", "MON", -13, "MULTI   ", "MULTI   "},
     {CODED(IREP), "MULTI", "mono", -13, "MULTI   ", "MULTI   "},
     {CODED(IREP), "MULTI", "", -13, "MULTI   ", "MULTI   "},
+    {CODED(IREP), "MULTI", " ", -13, "MULTI   ", "MULTI   "},
     {CODED(PJUST), "R", "L", SUCCESS, "L", "L"},
     {CODED(PJUST), "L", "R", SUCCESS, "R", "R"},
     {CODED(PJUST), "R", "LR", -13, "R", "L"},
     {CODED(PJUST), "L", "RL", -13, "L", "R"},
     {CODED(PJUST), "L", "X", -13, "L", "L"},
     {CODED(PJUST), "L", "", -13, "L", "L"},
+    {CODED(PJUST), "L", " ", -13, "L", "L"},  // a file's blank counts as right
     {CODED(IMODE), "P", "B", SUCCESS, "B", "B"},
     {CODED(IMODE), "B", "P", SUCCESS, "P", "P"},
     {CODED(IMODE), "B", "R", SUCCESS, "R", "R"},
@@ -236,6 +239,7 @@ const CodedCase kCoded[] = {
     {CODED(IMODE), "B", "RR", -13, "B", "R"},
     {CODED(IMODE), "B", "Q", -13, "B", "B"},
     {CODED(IMODE), "B", "", -13, "B", "B"},
+    {CODED(IMODE), "B", " ", -13, "B", "B"},
     {CODED(IMAG), "1.0", "/2", SUCCESS, "/2  ", "0.5 "},
     {CODED(IMAG), "1.0", "2.5", SUCCESS, "2.5 ", "2.5 "},
     {CODED(IMAG), "1.0", "/2.9", SUCCESS, "/2.9", "0.5 "},  // the divisor is an integer
@@ -404,6 +408,20 @@ TEST_F(ImageSetter, Locations) {
     ASSERT_EQ(Set(document.handle, 0, record.get()), SUCCESS);
     EXPECT_EQ(SavedLike(document.handle, built_).Text("image[0].ILOC"), one.text);
   }
+}
+
+TEST_F(ImageSetter, ANegativeLocationIsReadBack) {
+  const Document document(path_);
+  ImageRecord record(document.handle, 0);
+  record->ILOC_COLUMN = -5;
+  record->ILOC_ROW = 7;
+  ASSERT_EQ(Set(document.handle, 0, record.get()), SUCCESS);
+  EXPECT_EQ(SavedLike(document.handle, built_).Text("image[0].ILOC"), "-000500007");
+  const Document again(Output().wstring());
+  ASSERT_EQ(again.open, SUCCESS);
+  const ImageRecord read(again.handle, 0);
+  EXPECT_EQ(+read->ILOC_ROW, -5);
+  EXPECT_EQ(+read->ILOC_COLUMN, 7);
 }
 
 // The composite takes the new place, level and attachment at once.

@@ -303,6 +303,18 @@ TEST_F(BitmapSymbol, OfA21FileHasNoSizeAndPaintsNothing) {
   }
 }
 
+// Without a context the bitmap is made all the same and the host refuses to paint it.
+TEST_F(BitmapSymbol, WithoutAContextTheHostRefuses) {
+  for (const char* scolor : {"R", "N"}) {
+    NitfFile document;
+    Open(document, Symbol(scolor));
+    host().calls.clear();
+    EXPECT_LT(tavi::DrawGraphicSegment(nullptr, nullptr, document, 0, 0, 0), SUCCESS) << scolor;
+    EXPECT_EQ(host().Of("HostCreateBitmap").size(), 1U);
+    EXPECT_TRUE(IsEmpty(document));
+  }
+}
+
 TEST_F(BitmapSymbol, FailedHostCallsAreReturnedWithEverythingReleased) {
   for (const char* operation : {"HostCreateBitmap", "HostPaintBitmapKeyed"}) {
     host().answers = {{operation, ERR_NO_MEMORY}};

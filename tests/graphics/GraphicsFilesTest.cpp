@@ -112,6 +112,20 @@ TEST_F(GraphicsFiles, BoundsThatRunBackwardsMirror) {
   ExpectQuarters(Load(file), {kYellowPixel, kBluePixel, kGreenPixel, kRedPixel});
 }
 
+// A side begins with the pixel of its first bound and ends before that of its second, whichever way it runs.
+TEST_F(GraphicsFiles, MirroredBoundsBeginWithTheFirstAndEndBeforeTheSecond) {
+  const std::pair<Box, Box> cases[] = {{{10, 5, 30, 20}, {10, 5, 30, 20}},
+                                       {{30, 5, 10, 20}, {11, 5, 31, 20}},
+                                       {{10, 20, 30, 5}, {10, 6, 30, 21}},
+                                       {{30, 20, 10, 5}, {11, 6, 31, 21}}};
+  for (const auto& [bounds, covered] : cases) {
+    SCOPED_TRACE(std::to_string(bounds.left) + " " + std::to_string(bounds.top));
+    NtfBuilder file = Field();
+    file.graphics = {Drawing(Filled(kRed), bounds)};
+    ExpectExactly(Load(file), covered, kRedPixel);
+  }
+}
+
 TEST_F(GraphicsFiles, EqualBoundsPaintOneUnitToAPixel) {
   NtfBuilder file = Field();
   CgmPicture picture;
@@ -272,6 +286,19 @@ TEST_F(GraphicsFiles, ManyDrawingsAreFoundByTheirLengths) {
     EXPECT_EQ(composite.At(5 * i + 2, 10), (Rgb{static_cast<uint8_t>(4 * i), 9, 200})) << i;
     EXPECT_EQ(composite.At(5 * i + 4, 10), kGrey);
   }
+}
+
+// What drawings may cover is shared by all of a composition: each alone is drawn, the third is too much.
+TEST_F(GraphicsFiles, DrawingsThatCoverMuchShareWhatTheyMayCover) {
+  NtfBuilder file = Field(2000, 2000);
+  CgmPicture layers;
+  for (int i = 0; i < 60; ++i) layers.Rectangle(0, 0, 100, 100, kRed);
+  for (uint32_t level : {2U, 3U}) file.graphics.push_back(Drawing(layers, {0, 0, 2000, 2000}, level));
+  EXPECT_EQ(Load(file).status, SUCCESS);
+  file.graphics.push_back(Drawing(layers, {0, 0, 2000, 2000}, 4));
+  EXPECT_EQ(Load(file).status, ERR_NO_MEMORY);
+  file.graphics.erase(file.graphics.begin());
+  EXPECT_EQ(Load(file).status, SUCCESS);
 }
 
 TEST_F(GraphicsFiles, SymbolsOfA21FilePaintNothing) {

@@ -338,6 +338,22 @@ TEST_F(ObjectSymbol, WithoutTheFlagTheObjectIsBuiltAndNotPainted) {
   EXPECT_FALSE(is_empty());
 }
 
+// Without a context the object is built all the same; what painting it says then is the host's word.
+TEST_F(ObjectSymbol, WithoutAContext) {
+  for (const uint32_t paint : {0U, 1U}) {
+    NitfFile document;
+    Open(document, Symbol("000010"));
+    document.PaintEachObject = paint;
+    host().answers.clear();
+    host().calls.clear();
+    const int32_t status = tavi::DrawGraphicSegment(nullptr, nullptr, document, 0, 0, 0);
+    EXPECT_EQ(status, paint == 0 ? SUCCESS : ERR_NULL_ARGUMENT);
+    EXPECT_EQ(host().Of("HostVecAddObject"), Calls{"HostVecAddObject 6"});
+    EXPECT_EQ(host().Of("HostVecPaint").size(), paint);
+    EXPECT_EQ(IsEmpty(document), paint != 0) << "a failure empties it";
+  }
+}
+
 TEST_F(ObjectSymbol, OfA21FileHasNoNumberAndDrawsNothing) {
   GraphicSpec graphic;
   graphic.sfmt = 'O';

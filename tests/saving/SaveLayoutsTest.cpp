@@ -158,6 +158,27 @@ TEST_F(SaveLayouts, AColourTableOfTwoLosesItsBlue) {
   EXPECT_EQ(Part(document, built.At("graphic[0].NELUT").offset, 3 + 4), std::string("002\1\2\3\4", 7));
 }
 
+// In the 2.1 layout symbols have none of the 2.0 fields, and a downgrading text has no meaning.
+TEST_F(SaveLayouts, SymbolsOfTheNewerLayoutHaveNoFieldsOfTheOlder) {
+  for (const char sfmt : {'B', 'O'}) {
+    NtfBuilder file;
+    file.graphics.resize(1);
+    file.graphics[0].sfmt = sfmt;
+    file.graphics[0].data = {1, 2, 3};
+    const BuiltFile built = file.Build();
+    NitfFile document;
+    Open(document, built);
+    auto& text = document.Graphics->Subheader->Text;
+    for (const char* field : {text.NLIPS, text.NPIXPL, text.NWDTH, text.SNUM, text.SROT})
+      EXPECT_STREQ(field, "");
+    EXPECT_EQ(document.Graphics->Subheader->SymbolBits, 0U);
+    EXPECT_EQ(document.Graphics->Subheader->LutEntries, 0U);
+    std::memcpy(text.SSDWNG, "999998", 7);
+    std::memset(text.SSDEVT, 'e', sizeof text.SSDEVT - 1);
+    EXPECT_EQ(FirstDifference(built.bytes, SavedBytes(document)), "");
+  }
+}
+
 // ---- New records ----
 
 TEST_F(SaveLayouts, NewSegmentsHaveTheirFixedLengths) {
@@ -344,6 +365,9 @@ TEST_F(SaveLayouts, WhatAHeaderTakesFromWhere) {
   EXPECT_EQ(Part(document, built.At("LSSH[0]").offset, 10), "1234000077");
   EXPECT_EQ(Part(document, built.At("FL").offset, 12), "000000004711");
   EXPECT_EQ(header.FlMirror, 4711U);
+  std::memcpy(header.Text.FL, "999999999999", 13);
+  EXPECT_EQ(Part(document, built.At("FL").offset, 12), "002147483647");
+  EXPECT_EQ(header.FlMirror, 2147483647U);
   header.LishWork[0] = 123456;
   EXPECT_EQ(Part(document, built.At("LISH[0]").offset, 6), "123456");
 }

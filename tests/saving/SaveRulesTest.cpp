@@ -1,5 +1,9 @@
 // Each rule of saving by hand: what is written otherwise than it was read, what is left out, what fails and how much
 // is written by then.
+#include <sys/resource.h>
+
+#include <csignal>
+
 #include "SavingTest.h"
 #include "VqBytes.h"
 
@@ -34,6 +38,26 @@ class SaveRules : public SavingTest {
         FirstDifference({file.bytes.begin(), file.bytes.begin() + static_cast<std::ptrdiff_t>(kept)}, saved),
         "");
   }
+};
+
+// Files grow no further than that while this lives.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit = {bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  void (*handler_)(int);
+  rlimit before_{};
 };
 
 NtfBuilder OneImage() {
@@ -119,6 +143,14 @@ TEST_F(SaveRules, UnknownCodesAreWrittenAsThoseOfANewImage) {
   file = OneImage();
   file.images[0].pvtype = "Bxy";
   EXPECT_EQ(Field(file, "image[0].PVTYPE"), "B  ");
+}
+
+TEST_F(SaveRules, JustificationsAreRightUnlessTheyAreLeft) {
+  for (const auto& [read, written] : {std::pair{' ', "R"}, {'L', "L"}, {'R', "R"}, {'x', "R"}, {'l', "R"}}) {
+    NtfBuilder file = OneImage();
+    file.images[0].pjust = read;
+    EXPECT_EQ(Field(file, "image[0].PJUST"), written) << read;
+  }
 }
 
 TEST_F(SaveRules, FileLengthsBeyondThirtyTwoBitsDoNotSurvive) {
@@ -300,6 +332,49 @@ TEST_F(SaveRules, StreamsThatPromiseTooMuchEndWithTheirFile) {
   }
 }
 
+// Numbers of blocks that are no numbers: no product of them overflows, and no block is found.
+TEST_F(SaveRules, NegativeNumbersOfBlocks) {
+  VqBytes stream = kStream;
+  for (const uint8_t code_bits : {uint8_t{12}, uint8_t{1}}) {
+    stream.code_bits = code_bits;  // 1: a code row of no byte
+    NtfBuilder file{Quantised("M4", stream.Build())};
+    file.images[0].mask.pad_code = {1};
+    file.images[0].fields = {{"NBPR", "-001"}, {"NBPC", "-999"}};
+    const BuiltFile built = file.Build();
+    const size_t codes = built.At("image[0].data").offset + built.At("image[0].data").length - 24;
+    int32_t status = 0;
+    const Bytes saved = Saved(built, &status);
+    EXPECT_EQ(status, code_bits == 1 ? SUCCESS : ERR_FILE_READ);
+    EXPECT_EQ(saved.size(), code_bits == 1 ? codes : built.bytes.size());
+    Document document(SourcePath());
+    EXPECT_LT(Render(document.handle).status, SUCCESS);
+    // With masks the table's length itself is such a number.
+    file.images[0].mask.block_offsets = {0};
+    file.images[0].mask.exact_tables = true;
+    WriteFile(SourcePath(), file.Build().bytes);
+    Document masked(SourcePath());
+    EXPECT_LT(masked.open, SUCCESS);
+  }
+}
+
+// The mask table cannot be passed, as the file ends in it: what is read behind it tells.
+TEST_F(SaveRules, AMaskTableThatCannotBePassed) {
+  NtfBuilder file{Quantised("M4", kStream.Build())};
+  file.images[0].mask.block_offsets = {0, 0, 0, 0};
+  file.texts.resize(1);
+  file.texts[0].data = Bytes(99999, 't');  // more than a host keeps of a file
+  const BuiltFile built = file.Build();
+  const size_t table = built.At("image[0].data").offset + 12;
+  WriteFile(SourcePath(), built.bytes);
+  Document document(SourcePath());
+  ASSERT_EQ(document.open, SUCCESS);
+  uint32_t size = 0;
+  Bytes text(100000);
+  ASSERT_EQ(Tavi_NITFGetTextSegment(document.handle, 0, text.data(), &size), SUCCESS);
+  std::filesystem::resize_file(SourcePath(), table);
+  EXPECT_EQ(document.Save(OutputPath()), ERR_FILE_READ);
+}
+
 // ---- Failures ----
 
 TEST_F(SaveRules, ASourceThatEndsTooEarlyLeavesWhatStandsBeforeTheData) {
@@ -328,6 +403,24 @@ TEST_F(SaveRules, ASourceThatEndsTooEarlyLeavesWhatStandsBeforeTheData) {
   built = file.Build();
   built.Truncate("image[0].data", 5);
   ExpectFailure(built, ERR_FILE_READ, built.At("image[0].data").offset);
+}
+
+// The status is the first failure's, and a write that fails at the very end is one.
+TEST_F(SaveRules, TheFirstFailureIsTold) {
+  NtfBuilder file = OneImage();
+  file.texts.resize(1);
+  file.texts[0].data = Bytes(99999, 't');  // more than a host keeps of a file
+  const BuiltFile built = file.Build();
+  WriteFile(SourcePath(), built.bytes);
+  Document document(SourcePath());
+  ASSERT_EQ(document.open, SUCCESS);
+  const auto save = [&] {
+    const FileSizeLimit limit(built.At("image[0].subheader").offset + 10);
+    return document.Save(OutputPath());
+  };
+  EXPECT_EQ(save(), ERR_FILE_WRITE);
+  std::filesystem::resize_file(SourcePath(), built.At("text[0].data").offset);
+  EXPECT_EQ(save(), ERR_FILE_READ);
 }
 
 // Lengths of the table are believed only as far as the file reaches.
