@@ -195,10 +195,27 @@ void FillReferencePoint(Interpreter& in, Parameters& p) {
 }
 
 void PatternSize(Interpreter& in, Parameters& p) {
+  const SizeMode mode = in.frame.pattern_size;
   std::array<double, 4> parts{};
-  for (double& part : parts) part = p.SizeOf(in.frame.pattern_size).value;
+  for (double& part : parts) part = p.SizeOf(mode).value;
   const double area = parts[0] * parts[3] - parts[1] * parts[2];
-  if (p.ok() && area != 0) in.now.pattern_size = {Point{parts[0], parts[1]}, Point{parts[2], parts[3]}};
+  if (!p.ok() || area == 0) return;
+  in.now.pattern_size = {Point{parts[0], parts[1]}, Point{parts[2], parts[3]}};
+  in.now.pattern_size_mode = mode;
+}
+
+// Interiors that run from colour to colour are filled with the first one. Before it stand a geometry, whose points go
+// by the style, and the stages between the colours.
+void InterpolatedInterior(Interpreter& in, Parameters& p) {
+  constexpr int64_t kParallel = 1;
+  const int64_t style = p.Index();
+  const int sizes = style == kParallel ? 2 : 4;
+  for (int i = 0; i < sizes; ++i) p.SizeOf(in.frame.pattern_size);
+  const int64_t stages = p.Integer();
+  if (!p.ok() || stages < 0 || static_cast<uint64_t>(stages) > p.left()) return;
+  for (int64_t i = 0; i < stages; ++i) p.Real();
+  const ColorRef first = p.Color();
+  if (p.ok()) in.now.interpolated = first;
 }
 
 void PatternTable(Interpreter& in, Parameters& p) {
@@ -267,6 +284,7 @@ constexpr auto kHandlers = std::to_array<Handler>({
     {5, 37, "LINE CAP", LineCap},
     {5, 38, "LINE JOIN", LineJoin},
     {5, 42, "RESTRICTED TEXT TYPE", RestrictedTextType},
+    {5, 43, "INTERPOLATED INTERIOR", InterpolatedInterior},
     {5, 44, "EDGE CAP", EdgeCap},
     {5, 45, "EDGE JOIN", EdgeJoin},
 });

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace tavi::host::cgm {
 namespace {
@@ -52,26 +53,37 @@ struct CellReader {
   }
 };
 
-// Bits from one row to the next, or 0 when the rows do not fit. The last row needs no padding; rows without any
-// padding are accepted where they alone fit.
-uint64_t StrideOf(uint64_t row, uint64_t rows, uint64_t alignment, uint64_t available) {
-  if (row == 0 || row > available || rows > available / row) return 0;
-  const uint64_t padded = (row + alignment - 1) / alignment * alignment;
-  if (padded * (rows - 1) + row <= available) return padded;
-  const uint64_t octets = (row + 7) / 8 * 8;
-  return octets * (rows - 1) + row <= available ? octets : 0;
+uint64_t RoundedUp(uint64_t value, uint64_t step) {
+  return (value + step - 1) / step * step;
 }
 
-bool ReadPacked(const CellReader& cells, BitReader reader, const CellLayout& layout,
+// Where packed rows begin, in bits: the first of them, and from one to the next.
+struct RowPlaces {
+  uint64_t first, stride;
+};
+
+// Nothing when the rows do not fit. The last row needs no padding; rows without any padding are accepted where they
+// alone fit.
+std::optional<RowPlaces> PlacesOf(uint64_t row, uint64_t rows, uint64_t alignment, const BitReader& reader) {
+  const uint64_t available = reader.left();
+  if (row == 0 || row > available || rows > available / row) return std::nullopt;
+  const uint64_t end = reader.at() + available;
+  const auto fits = [&](const RowPlaces& places) {
+    return places.first + places.stride * (rows - 1) + row <= end;
+  };
+  const RowPlaces padded{RoundedUp(reader.at(), alignment), RoundedUp(row, alignment)};
+  if (fits(padded)) return padded;
+  const RowPlaces octets{reader.at(), RoundedUp(row, 8)};
+  return fits(octets) ? std::optional(octets) : std::nullopt;
+}
+
+bool ReadPacked(const CellReader& cells, BitReader reader, const CellLayout& layout, const RowPlaces& places,
                 std::vector<uint32_t>* colors) {
   const auto columns = static_cast<uint64_t>(layout.columns);
   const auto rows = static_cast<uint64_t>(layout.rows);
-  const uint64_t stride =
-      StrideOf(columns * cells.cell_bits(), rows, static_cast<uint64_t>(layout.row_bits), reader.left());
-  if (stride == 0) return false;
   colors->reserve(columns * rows);
   for (uint64_t y = 0; y < rows; ++y) {
-    reader.Seek(y * stride);
+    reader.Seek(places.first + y * places.stride);
     for (uint64_t x = 0; x < columns; ++x) colors->push_back(cells.Next(reader));
   }
   return true;
@@ -139,18 +151,22 @@ bool ReadCells(Interpreter& in, const Parameters& p, const CellLayout& layout,
   const int usual = coding.direct_color ? coding.color : coding.color_index;
   const int bits = layout.bits == 0 ? usual : static_cast<int>(layout.bits);
   const CellReader cells{coding, in.tables.colors, bits, bits != usual};
-  const BitReader reader(p.Rest());
+  BitReader reader(layout.from_element ? p.list() : p.Rest());
+  if (layout.from_element) reader.Seek((p.list().size() - p.left()) * uint64_t{8});
   const auto columns = static_cast<uint64_t>(layout.columns);
   const auto rows = static_cast<uint64_t>(layout.rows);
   // What the list cannot hold is an error of this element; what it could, and is too much, one of the picture.
   if (rows > reader.left() || (layout.packed && columns > reader.left())) return false;
   if (!layout.packed && rows > reader.left() / (static_cast<uint64_t>(coding.integer) + cells.cell_bits()))
     return false;
-  if (layout.packed &&
-      StrideOf(columns * cells.cell_bits(), rows, static_cast<uint64_t>(layout.row_bits), reader.left()) == 0)
-    return false;
+  std::optional<RowPlaces> places;
+  if (layout.packed) {
+    places = PlacesOf(columns * cells.cell_bits(), rows, static_cast<uint64_t>(layout.row_bits), reader);
+    if (!places) return false;
+  }
   in.ChargeCells(columns, rows);
-  return layout.packed ? ReadPacked(cells, reader, layout, colors) : ReadRuns(cells, reader, layout, colors);
+  return places ? ReadPacked(cells, reader, layout, *places, colors)
+                : ReadRuns(cells, reader, layout, colors);
 }
 
 bool ReadBits(Interpreter& in, Bytes octets, const CellLayout& layout, const std::array<uint32_t, 2>& choice,
@@ -159,12 +175,12 @@ bool ReadBits(Interpreter& in, Bytes octets, const CellLayout& layout, const std
   BitReader reader(octets);
   const auto columns = static_cast<uint64_t>(layout.columns);
   const auto rows = static_cast<uint64_t>(layout.rows);
-  const uint64_t stride = StrideOf(columns, rows, static_cast<uint64_t>(layout.row_bits), reader.left());
-  if (stride == 0) return false;
+  const auto places = PlacesOf(columns, rows, static_cast<uint64_t>(layout.row_bits), reader);
+  if (!places) return false;
   in.ChargeCells(columns, rows);
   colors->reserve(columns * rows);
   for (uint64_t y = 0; y < rows; ++y) {
-    reader.Seek(y * stride);
+    reader.Seek(places->first + y * places->stride);
     for (uint64_t x = 0; x < columns; ++x) colors->push_back(choice[reader.Take(1)]);
   }
   return true;

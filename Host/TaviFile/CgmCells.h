@@ -13,7 +13,8 @@ struct CellLayout {
   int64_t rows = 0;
   int64_t bits = 0;  // of an index or a component; 0: as elsewhere in the metafile
   bool packed = true;
-  int64_t row_bits = 16;  // rows begin at multiples of these
+  int64_t row_bits = 16;     // rows begin at multiples of these,
+  bool from_element = true;  // counted from the begin of the parameters, not from that of the colours
 };
 
 // The colours of columns x rows cells, from the place where the parameters stand. False when they make no sense, or

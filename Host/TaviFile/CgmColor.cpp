@@ -36,7 +36,6 @@ double Cube(double f) {
   return f > 6.0 / 29 ? f * f * f : (f - 4.0 / 29) * 108 / 841;
 }
 
-// Lightness 0 to 100, the other two -128 to 127 over the range of their components.
 uint32_t FromLab(double lightness, double a, double b) {
   const double fy = (lightness + 16) / 116;
   return FromXyz(Cube(fy + a / 500), Cube(fy), Cube(fy - b / 200));
@@ -53,12 +52,22 @@ uint32_t FromLuv(double lightness, double u, double v) {
 
 }  // namespace
 
+std::pair<double, double> ColorCoding::RangeOf(size_t component) const {
+  if (model != ColorModel::kCieLab && model != ColorModel::kCieLuv) return {0, 1};
+  if (component == 0) return {0, 100};
+  return {-128, 127};
+}
+
 uint32_t ColorCoding::FromShares(const std::array<double, 4>& s) const {
+  const auto perceived = [&](size_t i) {
+    const auto [first, last] = RangeOf(i);
+    return first + (last - first) * s[i];
+  };
   switch (model) {
     case ColorModel::kCieLab:
-      return FromLab(100 * s[0], 255 * s[1] - 128, 255 * s[2] - 128);
+      return FromLab(perceived(0), perceived(1), perceived(2));
     case ColorModel::kCieLuv:
-      return FromLuv(100 * s[0], 255 * s[1] - 128, 255 * s[2] - 128);
+      return FromLuv(perceived(0), perceived(1), perceived(2));
     case ColorModel::kCmyk:
       return Pack((1 - s[0]) * (1 - s[3]), (1 - s[1]) * (1 - s[3]), (1 - s[2]) * (1 - s[3]));
     default:
@@ -77,6 +86,13 @@ uint32_t ColorCoding::Decode(const std::array<uint32_t, 4>& values) const {
 
 uint32_t ColorCoding::DecodeLocal(const std::array<uint32_t, 4>& values, int bits) const {
   const double whole = std::ldexp(1.0, bits) - 1;
+  // Half a step: scales of fixed point are not exact.
+  const auto fits = [whole](double end) { return end <= whole + 0.5; };
+  const auto count = static_cast<std::ptrdiff_t>(components());
+  if (std::all_of(low.begin(), low.begin() + count, fits) &&
+      std::all_of(high.begin(), high.begin() + count, fits)) {
+    return Decode(values);
+  }
   std::array<double, 4> shares{};
   for (size_t i = 0; i < components(); ++i) shares[i] = values[i] / whole;
   return FromShares(shares);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace tavi::host::cgm {
@@ -19,8 +20,11 @@ struct ColorCoding {
   size_t components() const { return model == ColorModel::kCmyk ? 4 : 3; }
   // 0x00BBGGRR of components as they stand in the metafile.
   uint32_t Decode(const std::array<uint32_t, 4>& values) const;
-  // The same for components of another depth, which span their whole range.
+  // The same for components of another depth: they stand for the same values where those fit, otherwise they span the
+  // whole range of the depth.
   uint32_t DecodeLocal(const std::array<uint32_t, 4>& values, int bits) const;
+  // The values between which the model's component runs: lightness 0 to 100, its chroma -128 to 127, others 0 to 1.
+  std::pair<double, double> RangeOf(size_t component) const;
 
  private:
   uint32_t FromShares(const std::array<double, 4>& shares) const;

@@ -138,6 +138,8 @@ bool ReadSpline(Parameters& p, bool rational, Spline* spline) {
 void DrawSpline(Interpreter& in, Parameters& p, bool rational) {
   Spline spline;
   if (!ReadSpline(p, rational, &spline)) return;
+  const uint64_t spans = spline.controls.size() - spline.order + 1;
+  in.ChargeSplineSteps(spans * kPiecesPerSpan * spline.order * (spline.order - 1) / 2);
   std::vector<Point> points = PointsOf(spline);
   if (points.size() >= 2) in.DrawLine(vec::Polyline{in.Map(std::move(points)), vec::kNone});
 }

@@ -1,8 +1,11 @@
 // Descriptors of the metafile and of the picture, and control elements: how parameters are coded, and the picture's
 // frame.
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
 
+#include "TaviFile/CgmFonts.h"
 #include "TaviFile/CgmInterpreter.h"
 #include "TaviFile/CgmLimits.h"
 
@@ -72,10 +75,24 @@ void ColorModelElement(Interpreter& in, Parameters& p) {
   if (p.ok() && model >= 1 && model <= 5) in.coding.colors.model = static_cast<ColorModel>(model);
 }
 
-// The other models have scales and offsets here, which are those of their usual ranges.
+// The other models have a scale and an offset for each component: what a component means is scale * value + offset, of
+// the model's own range. The ends of that range are what is kept.
+void ScaledColorExtent(Interpreter& in, Parameters& p) {
+  ColorCoding changed = in.coding.colors;
+  for (size_t i = 0; i < changed.components(); ++i) {
+    const double scale = p.Real();
+    const double offset = p.Real();
+    if (!p.ok() || scale == 0) return;
+    const auto [first, last] = changed.RangeOf(i);
+    changed.low[i] = (first - offset) / scale;
+    changed.high[i] = (last - offset) / scale;
+  }
+  in.coding.colors = changed;
+}
+
 void ColorValueExtent(Interpreter& in, Parameters& p) {
   const ColorModel model = in.coding.colors.model;
-  if (model != ColorModel::kRgb && model != ColorModel::kCmyk) return;
+  if (model != ColorModel::kRgb && model != ColorModel::kCmyk) return ScaledColorExtent(in, p);
   const std::array<uint32_t, 4> low = p.Components();
   const std::array<uint32_t, 4> high = p.Components();
   if (!p.ok()) return;
@@ -118,17 +135,16 @@ void DefaultsReplacement(Interpreter& in, Parameters& p) {
 
 void FontList(Interpreter& in, Parameters& p) {
   in.tables.fonts.clear();
-  while (p.left() > 0 && p.ok()) in.tables.fonts.push_back(p.String());
+  while (p.left() > 0 && p.ok()) in.tables.fonts.push_back(ListedFontOf(p.String()));
 }
 
 void CharacterSetList(Interpreter& in, Parameters& p) {
   in.tables.character_sets.clear();
   while (p.left() > 0) {
-    CharacterSet set;
-    set.type = p.Enumerated();
-    set.tail = p.String();
+    const int64_t type = p.Enumerated();
+    const std::string tail = p.String();
     if (!p.ok()) return;
-    in.tables.character_sets.push_back(std::move(set));
+    in.tables.character_sets.push_back(CharacterSetOf(type, tail));
   }
 }
 
@@ -214,7 +230,8 @@ void FillRepresentation(Interpreter& in, Parameters& p) {
   if (p.ok()) in.tables.fills[index] = aspects;
 }
 
-// Lengths in proportion to each other; an odd list runs through twice, so that dashes and gaps alternate.
+// Lengths in proportion to each other; an odd list runs through twice, so that dashes and gaps alternate. Of a list that
+// is too long the first lengths count, as long as they are within the whole of it.
 void LineTypeDefinition(Interpreter& in, Parameters& p) {
   const int64_t type = p.Index();
   DashPattern dashes;
@@ -223,14 +240,16 @@ void LineTypeDefinition(Interpreter& in, Parameters& p) {
   while (p.ok() && p.left() >= static_cast<size_t>(p.coding().integer / 8)) {
     const auto part = static_cast<double>(p.Integer());
     if (part < 0) return;
-    dashes.shares.push_back(part);
+    if (dashes.shares.size() < kDashLengths) dashes.shares.push_back(part);
     sum += part;
   }
-  if (!p.ok() || type >= 0 || sum <= 0 || dashes.cycle.value <= 0) return;
+  const double kept = std::accumulate(dashes.shares.begin(), dashes.shares.end(), 0.0);
+  if (!p.ok() || type >= 0 || kept <= 0 || dashes.cycle.value <= 0) return;
   for (double& share : dashes.shares) share /= sum;
   if (dashes.shares.size() % 2 != 0) {
     const std::vector<double> once = dashes.shares;
     dashes.shares.insert(dashes.shares.end(), once.begin(), once.end());
+    dashes.shares.resize(std::min(dashes.shares.size(), kDashLengths));
   }
   in.tables.dashes[type] = std::move(dashes);
 }

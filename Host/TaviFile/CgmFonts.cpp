@@ -105,16 +105,22 @@ uint32_t SymbolOf(uint32_t octet) {
   return octet;
 }
 
-const CharacterSet* SetOf(const Tables& tables, int64_t index) {
-  if (index < 1 || static_cast<uint64_t>(index) > tables.character_sets.size()) return nullptr;
-  return &tables.character_sets[static_cast<size_t>(index - 1)];
+vec::Font FontOf(std::string_view letters) {
+  if (letters.starts_with("HERSHEY")) return HersheyFont(letters);
+  vec::Font font;
+  for (const auto& [prefix, family] : kFamilies) {
+    if (letters.starts_with(prefix)) font.family = family;
+  }
+  font.bold = Contains(letters, "BOLD") || Contains(letters, "DEMI") || Contains(letters, "BLACK");
+  font.italic = Contains(letters, "ITALIC") || Contains(letters, "OBLIQUE");
+  return font;
 }
 
-// The final octet of a designation names the code; those of UTF-8 are G, and with a slash G to I by level.
-bool IsUtf8(const CharacterSet* set) {
-  if (set == nullptr || set->type != kCompleteCode || set->tail.empty()) return false;
-  const char last = set->tail.back();
-  return last == 'G' || (Contains(set->tail, "/") && (last == 'H' || last == 'I'));
+// The entry of an index that counts from 1, a default one where there is none.
+template <class Entry>
+Entry EntryAt(const std::vector<Entry>& list, int64_t index) {
+  if (index < 1 || static_cast<uint64_t>(index) > list.size()) return {};
+  return list[static_cast<size_t>(index - 1)];
 }
 
 bool IsControl(uint32_t octet) {
@@ -161,27 +167,27 @@ std::string CleanUtf8(std::string_view octets) {
 
 }  // namespace
 
-vec::Font FontOf(std::string_view name) {
+ListedFont ListedFontOf(std::string_view name) {
   const std::string letters = Letters(name);
-  if (letters.starts_with("HERSHEY")) return HersheyFont(letters);
-  vec::Font font;
-  for (const auto& [prefix, family] : kFamilies) {
-    if (letters.starts_with(prefix)) font.family = family;
-  }
-  font.bold = Contains(letters, "BOLD") || Contains(letters, "DEMI") || Contains(letters, "BLACK");
-  font.italic = Contains(letters, "ITALIC") || Contains(letters, "OBLIQUE");
-  return font;
+  return {FontOf(letters), letters.starts_with("SYMBOL")};
 }
 
-std::string_view FontName(const Tables& tables, int64_t index) {
-  if (index < 1 || static_cast<uint64_t>(index) > tables.fonts.size()) return {};
-  return tables.fonts[static_cast<size_t>(index - 1)];
+// The final octet of a designation names the code; those of UTF-8 are G, and with a slash G to I by level.
+CharacterSet CharacterSetOf(int64_t type, std::string_view tail) {
+  if (type != kCompleteCode || tail.empty()) return {};
+  const char last = tail.back();
+  return {last == 'G' || (Contains(tail, "/") && (last == 'H' || last == 'I'))};
+}
+
+ListedFont FontAt(const Tables& tables, int64_t index) {
+  return EntryAt(tables.fonts, index);
 }
 
 std::string TextOf(std::string_view octets, const Tables& tables, const Attributes& now) {
-  if (IsUtf8(SetOf(tables, now.character_set)) || IsUtf8(SetOf(tables, now.alternate_set)))
+  const auto& sets = tables.character_sets;
+  if (EntryAt(sets, now.character_set).utf8 || EntryAt(sets, now.alternate_set).utf8)
     return CleanUtf8(octets);
-  const bool symbols = Letters(FontName(tables, TextInForce(now, tables).font)).starts_with("SYMBOL");
+  const bool symbols = FontAt(tables, TextInForce(now, tables).font).symbols;
   std::string text;
   for (const char c : octets) {
     const auto octet = static_cast<uint8_t>(c);

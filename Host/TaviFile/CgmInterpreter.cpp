@@ -9,7 +9,12 @@
 namespace tavi::host::cgm {
 namespace {
 
-constexpr uint32_t kPrimitives = 4;  // the class
+// Classes of elements.
+constexpr uint32_t kDelimiters = 0;
+constexpr uint32_t kPictureDescriptor = 2;
+constexpr uint32_t kControl = 3;
+constexpr uint32_t kPrimitives = 4;
+constexpr uint32_t kAttributes = 5;
 constexpr size_t kGroups = 16;
 constexpr size_t kIds = 128;
 
@@ -55,10 +60,22 @@ bool Interpreter::Run() {
   return body_seen_;
 }
 
+// A picture begins with the defaults: what stands before it changes them in METAFILE DEFAULTS REPLACEMENT only. Segments
+// there are read when they are copied; primitives elsewhere mean nothing.
+bool Interpreter::IsIgnored(const Element& element) const {
+  if (phase == Phase::kBody) return false;
+  if (element.group == kPrimitives) return true;
+  const bool default_value = in_defaults_ || phase != Phase::kMetafile;
+  const bool changes_picture =
+      element.group == kPictureDescriptor || element.group == kControl || element.group == kAttributes;
+  if (!default_value && changes_picture) return true;
+  return open_segment_ && element.group != kDelimiters;
+}
+
 // Unknown elements are skipped. What a handler finds wrong in its parameters loses the element.
 void Interpreter::Execute(const Element& element) {
   const Handler* const handler = HandlerOf(element);
-  if (handler == nullptr || (element.group == kPrimitives && phase != Phase::kBody)) return;
+  if (handler == nullptr || IsIgnored(element)) return;
   Parameters parameters(element.list, coding);
   handler->run(*this, parameters);
   if (element.group != kPrimitives) ForgetStyles();
@@ -81,21 +98,26 @@ void Interpreter::RunDefaults(Bytes list) {
   in_defaults_ = false;
 }
 
+// Until then no value but a default could be set. A second one in a picture's descriptor is damage and only renames it; a
+// segment that is still open is none.
+void Interpreter::BeginPicture(const std::string& name) {
+  if (in_defaults_) return;
+  phase = Phase::kPicture;
+  open_segment_.reset();
+  NameLayer(name);
+}
+
 // Only what stands in the metafile itself can be stored: segments in defaults or in other segments make no sense.
 void Interpreter::BeginSegment(int64_t name) {
   if (in_defaults_ || copy_depth_ > 0 || walker_ == nullptr) return;
   open_segment_ = name;
   segment_start_ = walker_->position();
-  if (phase != Phase::kBody) before_segment_ = now;
 }
 
 void Interpreter::EndSegment() {
   if (!open_segment_ || in_defaults_ || copy_depth_ > 0) return;
   segments[*open_segment_] = metafile_.subspan(segment_start_, walker_->start() - segment_start_);
   open_segment_.reset();
-  // What a segment outside pictures sets holds in the segment only.
-  if (before_segment_) now = *before_segment_;
-  before_segment_.reset();
 }
 
 void Interpreter::CopySegment(int64_t name, const Affine& transform) {
@@ -131,6 +153,17 @@ void Interpreter::ChargeCells(uint64_t columns, uint64_t rows) {
   const uint64_t most = kFreeCells + kCellsPerByte * metafile_.size();
   if (columns > most || rows > most || columns * rows > most - cells_) throw LimitExceeded();
   cells_ += columns * rows;
+  ChargeBytes(columns * rows * sizeof(uint32_t));
+}
+
+void Interpreter::ChargeBytes(uint64_t bytes) {
+  drawn_bytes_ += bytes;
+  if (drawn_bytes_ > kFreeDrawingBytes + kDrawingBytesPerByte * metafile_.size()) throw LimitExceeded();
+}
+
+void Interpreter::ChargeSplineSteps(uint64_t steps) {
+  spline_steps_ += steps;
+  if (spline_steps_ > kFreeSplineSteps + kSplineStepsPerByte * metafile_.size()) throw LimitExceeded();
 }
 
 // The axes are turned so that the picture stands upright with y upward.

@@ -2,6 +2,7 @@
 // tables at the end of its file; this class holds what they share: the state, and how shapes get their styles.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -50,6 +51,7 @@ enum class Phase : uint8_t { kMetafile, kPicture, kBody, kDone };
 class Interpreter {
  public:
   explicit Interpreter(Bytes metafile);
+  ~Interpreter() = default;
   Interpreter(const Interpreter&) = delete;
   Interpreter& operator=(const Interpreter&) = delete;
 
@@ -72,13 +74,15 @@ class Interpreter {
 
   // ---- Structure ----
   void RunDefaults(Bytes list);
+  void BeginPicture(const std::string& name);
   void BeginSegment(int64_t name);
   void EndSegment();
   void CopySegment(int64_t name, const Affine& transform);
   void DefinePattern(int64_t index, vec::Pattern pattern);
-  void NameLayer(const std::string& name);
-  // Counts cells that the picture asks for, before memory is taken for them.
+  // Count cells that the picture asks for, before memory is taken for them, bytes of what it draws, and work.
   void ChargeCells(uint64_t columns, uint64_t rows);
+  void ChargeBytes(uint64_t bytes);
+  void ChargeSplineSteps(uint64_t steps);
 
   // ---- Drawing ----
   // From the metafile's coordinates to the drawing's.
@@ -93,6 +97,7 @@ class Interpreter {
   void DrawLine(Shape shape);
   void DrawArea(Shape shape);
   void DrawMarkers(std::vector<Point> points);
+  void AddToPath(const Shape& shape);
   // Shapes that bring their style.
   void Draw(Shape shape);
   void FlushText();
@@ -106,11 +111,18 @@ class Interpreter {
  private:
   void Walk(Bytes elements);
   void Execute(const Element& element);
+  bool IsIgnored(const Element& element) const;
+  void NameLayer(const std::string& name);
   uint32_t StrokeOf(const LineAspects& aspects, const Ends& ends);
   uint32_t CurrentLine();
   vec::AreaStyle CurrentArea();
   void ForgetStyles();
+  // Puts a shape with its style into the drawing; its weight has been counted.
+  void Place(Shape shape);
+  template <class Style>
+  uint32_t Intern(std::vector<Style>& pool, const Style& style, uint64_t more_bytes = 0);
   uint32_t CurrentFill();
+  double PatternUnit() const;
   uint32_t PatternIn(int64_t index, const vec::Pattern& pattern);
   vec::Stroke DashesOf(int64_t type, vec::Stroke stroke, bool* scaled);
   std::pair<double, bool> WidthOf(const std::optional<Size>& size, double nominal_millimetres) const;
@@ -125,17 +137,19 @@ class Interpreter {
   int copy_depth_ = 0;
   uint64_t copied_bytes_ = 0;
   uint64_t cells_ = 0;
+  uint64_t drawn_bytes_ = 0;
+  uint64_t spline_steps_ = 0;
   std::optional<int64_t> open_segment_;
   size_t segment_start_ = 0;
-  std::optional<Attributes> before_segment_;  // of a segment outside pictures
   bool body_seen_ = false;
   ElementWalker* walker_ = nullptr;  // of the metafile itself, not of copies or defaults
   vec::Box covered_;                 // points of all shapes
   // Styles of the last primitives, while nothing has changed since.
   std::optional<uint32_t> line_;
   std::optional<vec::AreaStyle> area_;
-  std::map<int64_t, uint32_t> drawn_patterns_;  // of the table, where they stand in the drawing
-  std::set<uint32_t> scaled_dashes_;            // strokes whose dashes are in nominal widths
+  std::array<std::optional<uint32_t>, 2> text_;  // by what the height is that of
+  std::map<int64_t, uint32_t> drawn_patterns_;   // of the table, where they stand in the drawing
+  std::set<uint32_t> scaled_dashes_;             // strokes whose dashes are in nominal widths
 };
 
 }  // namespace tavi::host::cgm

@@ -27,10 +27,21 @@ inline constexpr double kLargestCoordinate = 4.3e9;
 inline constexpr uint32_t kColorTableEntries = 65536;
 
 // Order of a B-spline: the work for a point grows with its square, and curves above the fifth are never met.
-inline constexpr int64_t kLargestSplineOrder = 16;
+inline constexpr int64_t kLargestSplineOrder = 8;
+// Steps of work for all splines together. The highest order takes 56 for each byte: only copies of segments take more.
+inline constexpr uint64_t kFreeSplineSteps = 20'000'000;
+inline constexpr uint64_t kSplineStepsPerByte = 64;
 // Straight pieces for each span of a spline, and for an arc of a hyperbola.
 inline constexpr int kPiecesPerSpan = 16;
 inline constexpr int kHyperbolaPieces = 64;
+
+// Lengths of a line type that the metafile defines: as many as the painter draws. Every stroke of the type has them all.
+inline constexpr size_t kDashLengths = 64;
+
+// What the drawing holds, in bytes: segments copied again and again grow into strokes and points of many times their
+// size. Metafiles without copies stay below by far.
+inline constexpr uint64_t kFreeDrawingBytes = uint64_t{32} << 20;
+inline constexpr uint64_t kDrawingBytesPerByte = 96;
 
 // Saved contexts of attributes, each some hundred bytes for an element of four.
 inline constexpr size_t kSavedContexts = 1024;

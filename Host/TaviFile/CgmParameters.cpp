@@ -125,8 +125,4 @@ std::string Parameters::String() {
   return text;
 }
 
-void Parameters::AlignToWord() {
-  if (at_ % 2 != 0 && at_ < list_.size()) ++at_;
-}
-
 }  // namespace tavi::host::cgm

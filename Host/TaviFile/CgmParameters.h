@@ -70,10 +70,9 @@ class Parameters {
   ColorRef Color();
   // The octets of a string or a data record, chunks joined. A string that is longer than the list is cut.
   std::string String();
-  // What is left, as it stands.
+  // All parameters, and what is left of them, as they stand.
+  Bytes list() const { return list_; }
   Bytes Rest() const { return list_.subspan(at_); }
-  // Goes on at the next even offset.
-  void AlignToWord();
   uint32_t Unsigned(int bits);
   int64_t Signed(int bits);
 

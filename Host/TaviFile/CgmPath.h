@@ -17,8 +17,8 @@ class PathBuilder {
   explicit PathBuilder(PathKind kind) : kind_(kind) {}
 
   PathKind kind() const { return kind_; }
-  // In a figure an open line goes on where the last one ended, with a straight line between them; in a compound line
-  // only lines that meet are joined.
+  // In a figure an open line goes on where the last one ended, with a straight line between them, which belongs to the
+  // outline whether or not CONNECTING EDGE asks for it; in a compound line only lines that meet are joined.
   void Add(const vec::Shape& shape);
   // Closes the outline that is being made.
   void NewRegion();

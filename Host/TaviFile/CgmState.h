@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "TaviFile/CgmParameters.h"
@@ -87,15 +86,17 @@ struct Attributes {
   int64_t character_set = 1;
   int64_t alternate_set = 1;
   FillAspects fill;
+  std::optional<ColorRef> interpolated;  // the first colour of an interior that runs from one to others
   int64_t fill_bundle = 1;
   std::optional<Point> reference_point;
-  std::optional<std::pair<Point, Point>> pattern_size;  // height and width vectors
+  std::optional<std::pair<Point, Point>> pattern_size;  // height and width vectors, in their mode
+  SizeMode pattern_size_mode = SizeMode::kAbsolute;
   LineAspects edge;
   Ends edge_ends;
   int64_t edge_bundle = 1;
   bool edge_visible = false;
   std::array<bool, static_cast<size_t>(Aspect::kCount)> bundled{};
-  std::optional<double> mitre_limit;
+  double mitre_limit = 32767;  // practically none
   bool transparent = true;
   ColorRef auxiliary{ColorRef::Kind::kBackground, 0};
   std::optional<std::pair<Point, Point>> clip;  // as CLIP RECTANGLE says
@@ -114,9 +115,14 @@ struct DashPattern {
 // One pattern of the table, its colours resolved when it was defined.
 using PatternTable = std::map<int64_t, vec::Pattern>;
 
+// A font of the list, resolved when the list was read: names can be long, and every text asks.
+struct ListedFont {
+  vec::Font font;
+  bool symbols = false;  // its octets are Greek letters and signs
+};
+
 struct CharacterSet {
-  int64_t type = 0;
-  std::string tail;
+  bool utf8 = false;
 };
 
 // What stays for the whole picture.
@@ -129,7 +135,7 @@ struct Tables {
   std::map<int64_t, LineAspects> edges;
   std::map<int64_t, DashPattern> dashes;
   PatternTable patterns;
-  std::vector<std::string> fonts;
+  std::vector<ListedFont> fonts;
   std::vector<CharacterSet> character_sets;
 };
 

@@ -10,14 +10,13 @@ void EndMetafile(Interpreter& in, Parameters&) {
   in.phase = Phase::kDone;
 }
 
-// Only the first picture is read. One that begins before another had a body takes its place.
+// Only the first picture is read.
 void BeginPicture(Interpreter& in, Parameters& p) {
   if (in.phase == Phase::kBody) {
     in.phase = Phase::kDone;
     return;
   }
-  in.phase = Phase::kPicture;
-  in.NameLayer(p.String());
+  in.BeginPicture(p.String());
 }
 
 void BeginPictureBody(Interpreter& in, Parameters&) {
@@ -55,6 +54,7 @@ void EndPath(Interpreter& in, Parameters&) {
 }
 
 void BeginProtection(Interpreter& in, Parameters&) {
+  if (in.phase != Phase::kBody) return;
   in.FlushText();
   ++in.protection;
 }

@@ -7,6 +7,7 @@
 #include "TaviFile/CgmInterpreter.h"
 #include "TaviFile/CgmLimits.h"
 #include "TaviFile/CgmTextMeasure.h"
+#include "TaviFile/CgmWeight.h"
 
 namespace tavi::host::cgm {
 namespace {
@@ -47,13 +48,15 @@ vec::LineType TypeOf(int64_t type) {
   }
 }
 
+constexpr int64_t kInterpolated = 6;
+
 // An interior that no element has set is empty: areas of annotations without one are outlines of their edges. Who
 // asks for hollow gets the outline.
 Interior InteriorOf(const std::optional<int64_t>& interior) {
   switch (interior.value_or(4)) {
     case 1:
     case 5:  // geometric pattern
-    case 6:  // interpolated
+    case kInterpolated:
       return Interior::kSolid;
     case 2:
       return Interior::kPattern;
@@ -169,12 +172,32 @@ uint32_t Interpreter::StrokeOf(const LineAspects& aspects, const Ends& ends) {
   std::tie(stroke.width, stroke.scaled) = WidthOf(aspects.width, kNominalLineMillimetres);
   stroke.cap = ends.cap;
   stroke.join = ends.join;
-  stroke.mitre_limit = now.mitre_limit.value_or(stroke.mitre_limit);
+  stroke.mitre_limit = now.mitre_limit;
   stroke = DashesOf(aspects.type, std::move(stroke), &scaled_dashes);
   if (!now.transparent && stroke.type != vec::LineType::kSolid) stroke.gap_color = Resolve(now.auxiliary);
-  const uint32_t index = vec::Intern(drawing_.strokes, stroke);
+  const uint32_t index = Intern(drawing_.strokes, stroke, stroke.dashes.size() * sizeof(double));
   if (scaled_dashes) scaled_dashes_.insert(index);
   return index;
+}
+
+template <class Style>
+uint32_t Interpreter::Intern(std::vector<Style>& pool, const Style& style, uint64_t more_bytes) {
+  const size_t before = pool.size();
+  const uint32_t index = vec::Intern(pool, style);
+  if (pool.size() != before) ChargeBytes(sizeof(Style) + more_bytes);
+  return index;
+}
+
+// What a pattern's size counts in. Without a scale a millimetre is what it is to nominal lines of a pixel.
+double Interpreter::PatternUnit() const {
+  switch (now.pattern_size ? now.pattern_size_mode : SizeMode::kAbsolute) {
+    case SizeMode::kFraction:
+      return frame.Side(coding.vdc_is_real);
+    case SizeMode::kMillimetres:
+      return 1 / (frame.millimetres > 0 ? frame.millimetres : kNominalLineMillimetres);
+    default:
+      return 1;
+  }
 }
 
 uint32_t Interpreter::CurrentFill() {
@@ -182,7 +205,8 @@ uint32_t Interpreter::CurrentFill() {
   vec::Fill fill;
   fill.interior = InteriorOf(aspects.interior);
   if (fill.interior == Interior::kEmpty) return kNone;
-  fill.color = Resolve(aspects.color);
+  const bool interpolated = aspects.interior == kInterpolated && now.interpolated;
+  fill.color = Resolve(interpolated ? *now.interpolated : aspects.color);
   fill.hatch = HatchOf(aspects.hatch);
   const auto [low, high] = frame.Extent(coding.vdc_is_real);
   fill.origin = Map(now.reference_point.value_or(low));
@@ -190,20 +214,22 @@ uint32_t Interpreter::CurrentFill() {
     const auto pattern = tables.patterns.find(aspects.pattern);
     const auto [up, along] =
         now.pattern_size.value_or(std::pair(Point{0, high.y - low.y}, Point{high.x - low.x, 0}));
-    fill.pattern_up = MapVector(up);
-    fill.pattern_along = MapVector(along);
+    const double unit = PatternUnit();
+    fill.pattern_up = MapVector({up.x * unit, up.y * unit});
+    fill.pattern_along = MapVector({along.x * unit, along.y * unit});
     // A pattern that nothing has defined is a plain colour.
     if (pattern == tables.patterns.end()) fill.interior = Interior::kSolid;
     if (pattern != tables.patterns.end()) fill.pattern = PatternIn(pattern->first, pattern->second);
   }
   if (!now.transparent && fill.interior == Interior::kHatch) fill.gap_color = Resolve(now.auxiliary);
-  return vec::Intern(drawing_.fills, fill);
+  return Intern(drawing_.fills, fill);
 }
 
 // Each definition goes into the drawing once, however often it is used.
 uint32_t Interpreter::PatternIn(int64_t index, const vec::Pattern& pattern) {
   const auto known = drawn_patterns_.find(index);
   if (known != drawn_patterns_.end()) return known->second;
+  ChargeCells(pattern.columns, pattern.rows);  // its colours stand in the table too
   drawing_.patterns.push_back(pattern);
   return drawn_patterns_[index] = static_cast<uint32_t>(drawing_.patterns.size() - 1);
 }
@@ -216,6 +242,7 @@ void Interpreter::DefinePattern(int64_t index, vec::Pattern pattern) {
 void Interpreter::ForgetStyles() {
   line_.reset();
   area_.reset();
+  text_ = {};
 }
 
 uint32_t Interpreter::CurrentLine() {
@@ -233,9 +260,11 @@ vec::AreaStyle Interpreter::CurrentArea() {
 }
 
 uint32_t Interpreter::CurrentTextStyle(bool capitals) {
+  std::optional<uint32_t>& known = text_[capitals ? 1 : 0];
+  if (known) return *known;
   const TextAspects aspects = TextInForce(now, tables);
   vec::TextStyle style;
-  style.font = FontOf(FontName(tables, aspects.font));
+  style.font = FontAt(tables, aspects.font).font;
   style.color = Resolve(aspects.color);
   style.height = std::abs(now.character_height.value_or(0)) * LengthScale();  // 0: settled at the end
   if (capitals) style.height /= CapitalsOf(style.font.family);
@@ -252,7 +281,8 @@ uint32_t Interpreter::CurrentTextStyle(bool capitals) {
   style.across_fraction = now.across_fraction;
   style.upright_fraction = now.upright_fraction;
   if (!now.transparent) style.box_color = Resolve(now.auxiliary);
-  return vec::Intern(drawing_.texts, style);
+  known = Intern(drawing_.texts, style);
+  return *known;
 }
 
 uint32_t Interpreter::CurrentClip() {
@@ -268,14 +298,19 @@ uint32_t Interpreter::CurrentClip() {
   return static_cast<uint32_t>(drawing_.clips.size() - 1);
 }
 
+void Interpreter::AddToPath(const Shape& shape) {
+  ChargeBytes(WeightInFigure(shape));
+  path->Add(shape);
+}
+
 void Interpreter::DrawLine(Shape shape) {
-  if (path) return path->Add(shape);
+  if (path) return AddToPath(shape);
   SetStroke(shape, CurrentLine());
   Draw(std::move(shape));
 }
 
 void Interpreter::DrawArea(Shape shape) {
-  if (path) return path->Add(shape);
+  if (path) return AddToPath(shape);
   SetArea(shape, CurrentArea());
   Draw(std::move(shape));
 }
@@ -287,10 +322,15 @@ void Interpreter::DrawMarkers(std::vector<Point> points) {
   style.type = known ? static_cast<vec::MarkerType>(aspects.type) : vec::MarkerType::kAsterisk;
   style.color = Resolve(aspects.color);
   std::tie(style.size, style.scaled) = WidthOf(aspects.size, kNominalMarkerMillimetres);
-  Draw(vec::Markers{std::move(points), vec::Intern(drawing_.markers, style)});
+  Draw(vec::Markers{std::move(points), Intern(drawing_.markers, style)});
 }
 
 void Interpreter::Draw(Shape shape) {
+  ChargeBytes(WeightOf(shape));
+  Place(std::move(shape));
+}
+
+void Interpreter::Place(Shape shape) {
   FlushText();
   if (protection > 0) return;
   vec::Box box;
@@ -319,7 +359,12 @@ void Interpreter::EndPath() {
   vec::Figure figure{path->Take(), kNone, {}};
   path.reset();
   if (figure.contours.empty()) return;
-  area ? DrawArea(std::move(figure)) : DrawLine(std::move(figure));
+  if (area) {
+    figure.style = CurrentArea();
+  } else {
+    figure.stroke = CurrentLine();
+  }
+  Place(std::move(figure));
 }
 
 // What is relative to the picture can be told when all of it is known.

@@ -10,8 +10,9 @@ namespace {
 
 void AppendSpan(Interpreter& in, const std::string& octets) {
   std::string characters = TextOf(octets, in.tables, in.now);
-  if (!characters.empty())
-    in.text->spans.push_back({std::move(characters), in.CurrentTextStyle(in.text->fit.has_value())});
+  if (characters.empty()) return;
+  in.ChargeBytes(sizeof(vec::TextSpan) + characters.size());
+  in.text->spans.push_back({std::move(characters), in.CurrentTextStyle(in.text->fit.has_value())});
 }
 
 // Text without a character is nothing to draw.

@@ -17,6 +17,7 @@ enum Compression : int64_t { kNullBackground = 0, kNullForeground = 1, kBitmap =
 constexpr std::array<Point, 4> kDirections = {{{1, 0}, {0, 1}, {-1, 0}, {0, -1}}};
 
 void BeginTileArray(Interpreter& in, Parameters& p) {
+  if (in.phase != Phase::kBody) return;
   TileArray tiles;
   tiles.position = p.At();
   const int64_t path = p.Enumerated();
@@ -79,6 +80,7 @@ CellLayout LayoutOf(const TileArray& tiles, int64_t padding) {
   layout.columns = tiles.columns;
   layout.rows = tiles.rows;
   layout.row_bits = padding > 0 && padding <= 64 ? padding : 1;
+  layout.from_element = false;
   return layout;
 }
 

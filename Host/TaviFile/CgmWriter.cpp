@@ -18,8 +18,10 @@ namespace {
 using namespace vec;
 
 constexpr const char* kMetafileName = "TaviHost";
-// By this name the profile is known.
-constexpr const char* kDescription = "NITF/CGM-APP-2.0";
+// By these names the profile is known: the earlier one, and that of NITF 2.1 with the writer. The date is that of this
+// writer, not of the metafile: the same drawing gives the same bytes on any day.
+constexpr const char* kDescription =
+    "NITF/CGM-APP-2.0 NITF/CGM;ProfileEd:2301-2/Source:TaviNitf;Date:20261120";
 constexpr int64_t kVersion = 1;
 constexpr int64_t kDirectColors = 1;
 constexpr int64_t kAbsoluteSizes = 0;

@@ -1,5 +1,6 @@
 // Drawings as binary metafiles of version 1. What the profile of annotations of imagery has is written in its terms and
-// order; the rest of the model in other elements of version 1.
+// order. What it lacks is written in other elements of version 1, so that nothing is lost: markers, patterns, clips,
+// cell arrays, and separate lines as DISJOINT POLYLINE, which single lines could not be put together to again.
 #pragma once
 
 #include <cstdint>

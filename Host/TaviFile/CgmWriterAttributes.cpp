@@ -185,7 +185,8 @@ void AttributeWriter::SetReference(const Fill& fill) {
   PutVdcs(code::kFillReferencePoint, &fill_reference_, {ToVdc(fill.origin.x), ToVdc(-fill.origin.y)});
 }
 
-// Whether rows of a pattern begin at words is not settled: colours that fill words leave no doubt.
+// Readers differ in whether rows of a pattern begin at words: where those would need padding, components are written as
+// words. Their values stay those of the extent, which reaches to 255.
 void AttributeWriter::WritePattern(const Pattern& pattern, int64_t index) {
   const bool odd_rows = pattern.columns % 2 != 0;
   out_.Begin(code::kPatternTable);

@@ -91,7 +91,7 @@ void ElementWriter::Color(uint32_t color) {
 }
 
 void ElementWriter::WideColor(uint32_t color) {
-  for (uint32_t shift = 0; shift < 24; shift += 8) Word((color >> shift & 0xFF) * 0x101);
+  for (uint32_t shift = 0; shift < 24; shift += 8) Word(color >> shift & 0xFF);
 }
 
 void ElementWriter::String(std::string_view text) {

@@ -57,7 +57,7 @@ class ElementWriter {
   void PointOf(vec::Point point);
   void Real(double value);
   void Color(uint32_t color);
-  void WideColor(uint32_t color);  // 16 bits a component
+  void WideColor(uint32_t color);  // 16 bits a component, the value the same
   void String(std::string_view text);
   // Up to the next even place of the list.
   void Align();

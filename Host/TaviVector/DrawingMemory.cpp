@@ -55,6 +55,7 @@ uint64_t BytesOf(const Drawing& drawing) noexcept {
   uint64_t bytes = Bytes(drawing.objects) + Bytes(drawing.strokes) + Bytes(drawing.fills) +
                    Bytes(drawing.patterns) + Bytes(drawing.markers) + Bytes(drawing.texts) +
                    Bytes(drawing.clips) + Bytes(drawing.layers);
+  for (const Stroke& stroke : drawing.strokes) bytes += Bytes(stroke.dashes);
   for (const Pattern& pattern : drawing.patterns) bytes += Bytes(pattern.colors);
   for (const Object& object : drawing.objects) {
     bytes += std::visit([](const auto& shape) { return Content(shape); }, object.shape);

@@ -5,6 +5,7 @@
 #include <array>
 #include <mutex>
 #include <new>
+#include <stdexcept>
 #include <unordered_map>
 #include <utility>
 
@@ -23,6 +24,8 @@ int Guarded(Work work) noexcept {
     work();
     return 0;
   } catch (const std::bad_alloc&) {
+    return FT_Err_Out_Of_Memory;
+  } catch (const std::length_error&) {
     return FT_Err_Out_Of_Memory;
   }
 }

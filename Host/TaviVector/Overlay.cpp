@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <new>
+#include <stdexcept>
 
 #include "TaviVector/BlendRows.h"
 #include "TaviVector/PaintBudget.h"
@@ -102,6 +103,8 @@ int32_t PaintOver(const PixelView& target, const Drawing& drawing, const Affine&
   try {
     return Overlay(target, drawing, to_device).Paint(spent);
   } catch (const std::bad_alloc&) {
+    return ERR_NO_MEMORY;
+  } catch (const std::length_error&) {
     return ERR_NO_MEMORY;
   }
 }

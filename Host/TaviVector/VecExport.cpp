@@ -2,6 +2,7 @@
 #include <cmath>
 #include <memory>
 #include <new>
+#include <stdexcept>
 #include <vector>
 
 #include "Platform/GlobalMemory.h"
@@ -27,6 +28,8 @@ class Bytes : public Sink {
       bytes_.insert(bytes_.end(), bytes, bytes + count);
       return true;
     } catch (const std::bad_alloc&) {
+      return false;
+    } catch (const std::length_error&) {
       return false;
     }
   }
@@ -109,6 +112,8 @@ int32_t HostVecExport(HostGlobalMemory* block, const HostVector* vector, uint32_
     if (!vec::ExportPage(shown, vec::PageOf(shown, kind), kind, &bytes)) return ERR_NO_MEMORY;
     return MakeGlobal(bytes.all(), block, size);
   } catch (const std::bad_alloc&) {
+    return ERR_NO_MEMORY;
+  } catch (const std::length_error&) {
     return ERR_NO_MEMORY;
   }
 }

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <stdexcept>
 
 #include "TaviHost.h"
 #include "TaviVector/VectorRecord.h"
@@ -28,6 +29,8 @@ int32_t Ask(Question question) noexcept {
     question();
     return SUCCESS;
   } catch (const std::bad_alloc&) {
+    return ERR_NO_MEMORY;
+  } catch (const std::length_error&) {
     return ERR_NO_MEMORY;
   }
 }

@@ -130,6 +130,76 @@ TEST_F(BadInputTest, SavedContextsAreBounded) {
   EXPECT_EQ(Loaded(Metafile().BodyOctets(body).Body(3, 12, List().I(19'999)).Body(4, 1, Line())).count(), 1U);
 }
 
+Octets Repeated(const Octets& element, size_t octets) {
+  Octets all;
+  while (all.size() < octets) all.insert(all.end(), element.begin(), element.end());
+  return all;
+}
+
+Octets Copy() {
+  return Element(8, 1, List().I(1).Fixed(1).Fixed(0).Fixed(0).Fixed(1).I(0).I(0).I(1));
+}
+
+// Each text asks for its font and its character set, whose names may be as long as the metafile.
+TEST_F(BadInputTest, LongNamesAreReadOnce) {
+  const std::string name(400'000, 'q');
+  const Octets texts = Repeated(Element(4, 4, Line({1, 2, 1}).String("x")), 400'000);
+  const auto start = std::chrono::steady_clock::now();
+  const Loaded loaded(
+      Metafile().Head(1, 13, List().String(name)).Head(1, 14, List().I(4).String(name)).BodyOctets(texts));
+  EXPECT_GT(loaded.count(), 30'000U);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+// Copies of segments grow into objects of many times their size, in figures as well.
+TEST_F(BadInputTest, WhatCopiesDrawIsBounded) {
+  const Octets circles = Repeated(Element(4, 12, Line({1, 2, 3})), 400'000);
+  for (const bool figure : {false, true}) {
+    for (const int copies : {1, 14}) {
+      Octets all = Element(0, 6, List().I(1));
+      all.insert(all.end(), circles.begin(), circles.end());
+      for (const Octets& element : {Element(0, 7), figure ? Element(0, 8) : Octets()})
+        all.insert(all.end(), element.begin(), element.end());
+      for (int i = 0; i < copies; ++i) {
+        const Octets copy = Copy();
+        all.insert(all.end(), copy.begin(), copy.end());
+      }
+      const Loaded loaded(Metafile().BodyOctets(all));
+      EXPECT_EQ(loaded.status(), copies == 1 ? SUCCESS : ERR_NO_MEMORY) << figure;
+    }
+  }
+}
+
+// Even those that protection keeps from being drawn.
+TEST_F(BadInputTest, TheWorkForSplinesIsBounded) {
+  constexpr int kControls = 4000;
+  List spline = List().I(8).I(kControls);
+  for (int i = 0; i < kControls; ++i) spline.I(i).I(i % 7);
+  for (int i = 0; i < kControls + 8; ++i) spline.Fixed(i);
+  const Octets splines = Repeated(Element(4, 24, spline.Fixed(7).Fixed(kControls)), 200'000);
+  for (const int copies : {0, 14}) {
+    Metafile metafile;
+    metafile.Body(0, 13, List().I(1)).Body(0, 6, List().I(1)).BodyOctets(splines).Body(0, 7);
+    for (int i = 0; i < copies; ++i) metafile.BodyOctets(Copy());
+    EXPECT_EQ(Loaded(metafile).status(), copies == 0 ? SUCCESS : ERR_NO_MEMORY);
+  }
+}
+
+// A pattern that is used stands in the table and in the drawing, and each copy of a segment defines it anew.
+TEST_F(BadInputTest, PatternsCountTwice) {
+  List table = List().I(1).I(1000).I(600).I(1);
+  for (int row = 0; row < 600; ++row) table.Add(Octets(126, 0x55));
+  const auto load = [&](bool used) {
+    Metafile metafile;
+    metafile.Picture(2, 2, List().I(0)).Body(0, 6, List().I(1)).Body(5, 22, List().I(2)).Body(5, 32, table);
+    if (used) metafile.Body(4, 11, Line());
+    metafile.Body(0, 7).BodyOctets(Copy()).BodyOctets(Copy());
+    return Loaded(metafile).status();
+  };
+  EXPECT_EQ(load(false), SUCCESS);
+  EXPECT_EQ(load(true), ERR_NO_MEMORY);
+}
+
 TEST_F(BadInputTest, CopiesBeyondTheCoordinatesAreLost) {
   const List copy = List().I(1).Fixed(32767).Fixed(0).Fixed(0).Fixed(32767).I(0).I(0).I(1);
   Metafile metafile;

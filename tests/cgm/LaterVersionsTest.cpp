@@ -56,6 +56,18 @@ TEST_F(LaterVersionsTest, FiguresTakeEveryShape) {
   EXPECT_EQ(contours[4].curves.size(), 4U);
 }
 
+TEST_F(LaterVersionsTest, ConnectingEdgesAreThereAnyway) {
+  const auto contour = [](bool connected) {
+    Metafile metafile;
+    metafile.Body(5, 22, List().I(1)).Body(0, 8).Body(4, 1, Line({0, 0, 10, 0}));
+    if (connected) metafile.Body(4, 21);
+    const Loaded loaded(metafile.Body(4, 1, Line({10, 10, 0, 10})).Body(0, 9));
+    return loaded.As<vec::Figure>().contours.at(0);
+  };
+  EXPECT_EQ(contour(true), contour(false));
+  EXPECT_EQ(contour(true).curves.size(), 3U);
+}
+
 TEST_F(LaterVersionsTest, UnfinishedAndEmptyFigures) {
   EXPECT_EQ(Loaded(Metafile().Body(0, 8).Body(0, 9)).count(), 0U);
   EXPECT_EQ(Loaded(Metafile().Body(0, 9)).count(), 0U);
@@ -213,6 +225,17 @@ TEST_F(LaterVersionsTest, CapsJoinsAndDefinedDashes) {
   EXPECT_EQ(second.join, vec::LineJoin::kRound);
   EXPECT_EQ(second.dashes.size(), 6U) << "an odd list runs through twice";
   EXPECT_EQ(loaded.Stroke(loaded.As<vec::Polyline>(2).stroke).type, vec::LineType::kSolid);
+}
+
+TEST_F(LaterVersionsTest, DefinedDashesAreBounded) {
+  for (const int count : {63, 64, 65, 20'000}) {
+    List list = List().I(-5).I(count);
+    for (int i = 0; i < count; ++i) list.I(1);
+    const Loaded loaded(Metafile().Picture(2, 17, list).Body(5, 2, List().I(-5)).Body(4, 1, Line()));
+    const vec::Stroke stroke = loaded.Stroke(loaded.As<vec::Polyline>().stroke);
+    ASSERT_EQ(stroke.dashes.size(), 64U) << count;
+    EXPECT_NEAR(stroke.dashes[63], 1, 1e-9) << "the lengths stay those of the whole cycle";
+  }
 }
 
 TEST_F(LaterVersionsTest, TilesOfPlainBits) {

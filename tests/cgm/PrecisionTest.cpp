@@ -40,8 +40,15 @@ TEST_F(PrecisionTest, VdcReals) {
 TEST_F(PrecisionTest, Integers) {
   for (const int bits : kPrecisions) {
     // A cell array: its sides and depth are integers.
-    const List cells =
-        List().Points({0, 0, 2, 1, 2, 0}).I(2, bits).I(1, bits).I(8, bits).I(1).Rgb(255, 0, 0).Rgb(0, 255, 0);
+    const List cells = List()
+                           .Points({0, 0, 2, 1, 2, 0})
+                           .I(2, bits)
+                           .I(1, bits)
+                           .I(8, bits)
+                           .I(1)
+                           .Align()
+                           .Rgb(255, 0, 0)
+                           .Rgb(0, 255, 0);
     const Loaded loaded(Metafile().Head(1, 4, List().I(bits)).Body(4, 9, cells));
     EXPECT_EQ(loaded.As<vec::CellArray>().colors, (std::vector<uint32_t>{kRed, kGreen})) << bits;
   }
@@ -89,6 +96,32 @@ TEST_F(PrecisionTest, ColorsWithTheirExtent) {
                             .Body(4, 1, Line()));
     EXPECT_EQ(loaded.Stroke(loaded.As<vec::Polyline>().stroke).color, 0x8000FFU) << bits;
   }
+}
+
+// L, a and b as whole numbers with a tenth of a step; red, green and blue in percent.
+TEST_F(PrecisionTest, ColorExtentsWithScales) {
+  List lab;
+  for (const double number : {0.5, 0.0, 1.0, -100.0, 1.0, -100.0}) lab.Fixed(number);
+  const auto color = [](int model, const List& extent, const Octets& value) {
+    const Loaded loaded(Metafile()
+                            .Head(1, 19, List().I(model))
+                            .Head(1, 10, extent)
+                            .Body(5, 4, List().Add(value))
+                            .Body(4, 1, Line()));
+    return loaded.Stroke(loaded.As<vec::Polyline>().stroke).color;
+  };
+  for (const int model : {2, 3}) {
+    EXPECT_GE(color(model, lab, {200, 100, 100}) & 0xFF, 253U);
+    EXPECT_EQ(color(model, lab, {0, 100, 100}), 0U);
+  }
+  List percent;
+  for (int i = 0; i < 3; ++i) percent.Fixed(0.01).Fixed(0);
+  EXPECT_EQ(color(5, percent, {100, 0, 51}), 0x8200FFU);
+  // One that is cut or has no scale changes nothing.
+  EXPECT_EQ(color(5, List().Fixed(0.01).Fixed(0), {255, 0, 0}), kRed);
+  List flat;
+  for (int i = 0; i < 6; ++i) flat.Fixed(0);
+  EXPECT_EQ(color(5, flat, {255, 0, 0}), kRed);
 }
 
 TEST_F(PrecisionTest, ColorIndices) {

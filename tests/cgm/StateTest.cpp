@@ -17,6 +17,7 @@ TEST_F(StateTest, DefaultsOfLines) {
   EXPECT_TRUE(stroke.scaled);
   EXPECT_EQ(stroke.width, 1);
   EXPECT_EQ(stroke.cap, vec::LineCap::kButt);
+  EXPECT_EQ(stroke.mitre_limit, 32767);
   EXPECT_FALSE(stroke.gap_color);
 }
 
@@ -179,21 +180,94 @@ TEST_F(StateTest, ColorTablesCountFromWhereTheyStand) {
 
 TEST_F(StateTest, DefaultsReplacement) {
   List defaults;
-  defaults.Add(Element(5, 3, List().I(9)))
+  defaults.Add(Element(2, 2, List().I(1)))
+      .Add(Element(2, 3, List().I(0)))
+      .Add(Element(5, 3, List().I(9)))
       .Add(Element(5, 4, List().Rgb(255, 0, 0)))
       .Add(Element(5, 29, List().Rgb(1, 2, 3)));
   List more;
   more.Add(Element(5, 2, List().I(3)));
-  const Loaded loaded(Metafile()
-                          .Head(2, 2, List().I(1))
-                          .Head(2, 3, List().I(0))
-                          .Head(1, 12, defaults)
-                          .Head(1, 12, more)
-                          .Body(4, 1, Line()));
+  const Loaded loaded(Metafile().Head(1, 12, defaults).Head(1, 12, more).Body(4, 1, Line()));
   const vec::Stroke stroke = StrokeOfLine(loaded);
   EXPECT_EQ(stroke.width, 9);
   EXPECT_EQ(stroke.color, kRed);
   EXPECT_EQ(stroke.type, vec::LineType::kDot);
+}
+
+// What stands before the picture and is no default does not reach it.
+TEST_F(StateTest, PicturesBeginWithTheDefaults) {
+  List defaults;
+  defaults.Add(Element(2, 2, List().I(1))).Add(Element(5, 4, List().Rgb(0, 255, 0)));
+  Metafile metafile;
+  metafile.Bare()
+      .Head(1, 12, defaults)
+      .Head(2, 2, List().I(0))
+      .Head(2, 3, List().I(0))
+      .Head(2, 6, Line({0, 100, 100, 0}))
+      .Head(2, 11, List().I(1).I(3).Fixed(1).Rgb(1, 2, 3))
+      .Head(3, 1, List().I(32))
+      .Head(3, 5, Line({1, 1, 2, 2}))
+      .Head(5, 2, List().I(2))
+      .Head(5, 4, List().Rgb(255, 0, 0))
+      .Head(0, 13)
+      .Body(5, 3, List().Fixed(2))
+      .Body(4, 1, Line());
+  const Loaded loaded(metafile);
+  const vec::Stroke stroke = StrokeOfLine(loaded);
+  EXPECT_EQ(stroke.color, kGreen);
+  EXPECT_EQ(stroke.type, vec::LineType::kSolid);
+  EXPECT_EQ(stroke.width, 2);
+  EXPECT_EQ(loaded.As<vec::Polyline>().points[0], (Point{10, 20}));
+  EXPECT_EQ(loaded.drawing().objects.at(0).clip, vec::kNone);
+}
+
+// Segments before the picture keep to themselves what they set, closed or not.
+TEST_F(StateTest, SegmentsBeforeThePictureLeaveNoTrace) {
+  for (const bool closed : {true, false}) {
+    Metafile metafile;
+    metafile.Head(0, 6, List().I(1)).Head(3, 1, List().I(32)).Head(5, 4, List().Rgb(255, 0, 0));
+    metafile.Head(5, 34, List().I(1, 8).Rgb(9, 9, 9));
+    if (closed) metafile.Head(0, 7);
+    const Loaded loaded(metafile.Body(4, 1, Line()));
+    EXPECT_EQ(StrokeOfLine(loaded).color, 0U);
+    EXPECT_EQ(loaded.As<vec::Polyline>().points[0], (Point{10, 20}));
+  }
+}
+
+TEST_F(StateTest, InterpolatedInteriorsShowTheirFirstColor) {
+  const auto fill = [](const List& interpolated) {
+    const Loaded loaded(Metafile()
+                            .Body(5, 23, List().Rgb(0, 0, 255))
+                            .Body(5, 22, List().I(6))
+                            .Body(5, 43, interpolated)
+                            .Body(4, 11, Line()));
+    return loaded.Fill(loaded.As<vec::Rectangle>().style.fill);
+  };
+  const List parallel = List().I(1).I(5).I(5).I(1).Fixed(0.5).Rgb(255, 0, 0).Rgb(0, 255, 0);
+  EXPECT_EQ(fill(parallel).interior, vec::Interior::kSolid);
+  EXPECT_EQ(fill(parallel).color, kRed);
+  const List triangular = List().I(3).Points({5, 5, 9, 9}).I(0).Rgb(0, 255, 0).Rgb(255, 0, 0).Rgb(1, 1, 1);
+  EXPECT_EQ(fill(triangular).color, kGreen);
+  EXPECT_EQ(fill(List().I(1).I(5).I(5).I(9).Fixed(0.5).Rgb(255, 0, 0)).color, kBlue) << "cut";
+}
+
+TEST_F(StateTest, PatternSizesInEveryMode) {
+  const auto along = [](int mode, const List& size, const List& scaling) {
+    const Loaded loaded(Metafile()
+                            .Picture(2, 1, scaling)
+                            .Picture(2, 16, List().I(mode))
+                            .Body(5, 32, List().I(1).I(2).I(1).I(8).Rgb(1, 2, 3).Rgb(4, 5, 6))
+                            .Body(5, 22, List().I(2))
+                            .Body(5, 33, size)
+                            .Body(4, 11, Line()));
+    return loaded.Fill(loaded.As<vec::Rectangle>().style.fill).pattern_along;
+  };
+  const List abstract = List().I(0).Float(1);
+  const List real = List().Fixed(0).Fixed(0.25).Fixed(0.5).Fixed(0);
+  ExpectNear(along(0, Line({0, 8, 16, 0}), abstract), {16, 0});
+  ExpectNear(along(2, real, abstract), {500, 0});
+  ExpectNear(along(3, real, List().I(1).Float(0.25F)), {2, 0});
+  ExpectNear(along(3, real, abstract), {0.5 / 0.35, 0});
 }
 
 TEST_F(StateTest, BundlesOfEveryKind) {

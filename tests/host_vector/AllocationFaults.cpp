@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <stdexcept>
 
 namespace {
 
@@ -10,6 +11,7 @@ struct State {
   bool armed = false;
   bool lasting = false;
   bool happened = false;
+  bool too_long = false;
   uint64_t left = 0;
   int64_t alive = 0;
 };
@@ -36,6 +38,7 @@ void* Obtain(std::size_t bytes) noexcept {
 }
 
 void* OrThrow(void* block) {
+  if (block == nullptr && state.too_long) throw std::length_error("too long");
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
@@ -81,7 +84,10 @@ void operator delete[](void* block, const std::nothrow_t&) noexcept {
 
 namespace tavi::test {
 
-AllocationFault::AllocationFault(uint64_t nth, bool lasting) {
+AllocationFault::AllocationFault(uint64_t nth, bool lasting) : AllocationFault(nth, lasting, false) {}
+
+AllocationFault::AllocationFault(uint64_t nth, bool lasting, bool too_long) {
+  state.too_long = too_long;
   state.left = nth;
   state.lasting = lasting;
   state.happened = false;

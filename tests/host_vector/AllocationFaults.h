@@ -9,10 +9,15 @@ namespace tavi::test {
 class AllocationFault {
  public:
   AllocationFault(uint64_t nth, bool lasting);
+  // The nth allocation fails as one of containers does that are asked for more than they can ever hold.
+  static AllocationFault TooLong(uint64_t nth) { return {nth, false, true}; }
   ~AllocationFault();
   AllocationFault(const AllocationFault&) = delete;
   AllocationFault& operator=(const AllocationFault&) = delete;
   bool happened() const;
+
+ private:
+  AllocationFault(uint64_t nth, bool lasting, bool too_long);
 };
 
 // Allocations less releases of this thread.

@@ -64,20 +64,25 @@ std::vector<int> ListOf(const std::vector<CgmElement>& elements, uint32_t group,
 }
 
 TEST_F(CgmWriter, AnEmptyDrawingOctetForOctet) {
-  const std::vector<uint8_t> expected = {
-      0x00, 0x29, 8,    'T',  'a',  'v',  'i',  'H',  'o',  's',  't', 0,  // BEGIN METAFILE
-      0x10, 0x22, 0x00, 0x01,                                              // METAFILE VERSION
-      0x11, 0x66, 0x00, 0x01, 0xFF, 0xFF, 0x00, 0x01,                      // METAFILE ELEMENT LIST
-      0x10, 0x51, 16,   'N',  'I',  'T',  'F',  '/',  'C',  'G',  'M', '-',
-      'A',  'P',  'P',  '-',  '2',  '.',  '0',  0,    0x00, 0x61, 0,   0,  // BEGIN PICTURE
-      0x20, 0x42, 0x00, 0x01,                                              // COLOUR SELECTION MODE
-      0x20, 0xA2, 0x00, 0x00,                                              // EDGE WIDTH SPECIFICATION MODE
-      0x20, 0x62, 0x00, 0x00,                                              // LINE WIDTH SPECIFICATION MODE
-      0x20, 0xC8, 0x00, 0x00, 0x7F, 0xFF, 0x7F, 0xFF, 0x00, 0x00,          // VDC EXTENT
-      0x00, 0x80,                                                          // BEGIN PICTURE BODY
-      0x00, 0xA0,                                                          // END PICTURE
-      0x00, 0x40                                                           // END METAFILE
+  std::vector<uint8_t> expected = {0x00, 0x29, 8,    'T',  'a',  'v',  'i',  'H',
+                                   'o',  's',  't',  0,                             // BEGIN METAFILE
+                                   0x10, 0x22, 0x00, 0x01,                          // METAFILE VERSION
+                                   0x11, 0x66, 0x00, 0x01, 0xFF, 0xFF, 0x00, 0x01,  // METAFILE ELEMENT LIST
+                                   0x10, 0x5F, 0x00, 73,   72};                     // METAFILE DESCRIPTION
+  const std::string profile = "NITF/CGM-APP-2.0 NITF/CGM;ProfileEd:2301-2/Source:TaviNitf;Date:20261120";
+  expected.insert(expected.end(), profile.begin(), profile.end());
+  expected.push_back(0);  // padding
+  const std::vector<uint8_t> picture = {
+      0x00, 0x61, 0,    0,                                         // BEGIN PICTURE
+      0x20, 0x42, 0x00, 0x01,                                      // COLOUR SELECTION MODE
+      0x20, 0xA2, 0x00, 0x00,                                      // EDGE WIDTH SPECIFICATION MODE
+      0x20, 0x62, 0x00, 0x00,                                      // LINE WIDTH SPECIFICATION MODE
+      0x20, 0xC8, 0x00, 0x00, 0x7F, 0xFF, 0x7F, 0xFF, 0x00, 0x00,  // VDC EXTENT
+      0x00, 0x80,                                                  // BEGIN PICTURE BODY
+      0x00, 0xA0,                                                  // END PICTURE
+      0x00, 0x40                                                   // END METAFILE
   };
+  expected.insert(expected.end(), picture.begin(), picture.end());
   EXPECT_EQ(WriteMetafile(Drawing()), expected);
 }
 
@@ -489,7 +494,7 @@ TEST_F(CgmWriter, PatternsAreDefinedOnce) {
   EXPECT_EQ(CodesOf(body), "5,23 5,32 5,25 5,33 5,31 5,22 5,30 4,11 5,32 5,25 4,11 5,25 4,11 5,22 4,11");
   EXPECT_EQ(body[1].list, (std::vector<uint8_t>{0, 1, 0, 2, 0, 1, 0, 8, 0xFF, 0, 0, 0, 0, 0xFF}));
   EXPECT_EQ(body[8].list,
-            (std::vector<uint8_t>{0, 2, 0, 1, 0, 2, 0, 16, 0xFF, 0xFF, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF}));
+            (std::vector<uint8_t>{0, 2, 0, 1, 0, 2, 0, 16, 0, 0xFF, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF}));
   EXPECT_EQ(Words(body[3]), (std::vector<int>{0, -8, 4, 0}));
   EXPECT_EQ(Words(body[4]), (std::vector<int>{5, 6}));
   EXPECT_EQ(Words(body[13]), (std::vector<int>{1})) << "a pattern that is not there is a plain colour";

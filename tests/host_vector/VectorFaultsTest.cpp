@@ -83,6 +83,32 @@ TEST_F(VectorFaults, Copying) {
   EXPECT_GE(count, 4u);
 }
 
+// What a container says that can never grow so far is no more than memory that is lacking.
+TEST_F(VectorFaults, ListsThatAreTooLong) {
+  Vector source;
+  ASSERT_EQ(Add(&source, RectangleRecord(At(0, 0), At(9, 9), Pen(1), Brush(2))), SUCCESS);
+  Bitmap bitmap(20, 20, 24);
+  const Context context(bitmap);
+  const HostRect everywhere{0, 0, 20, 20};
+  Vector target;
+  for (const bool paints : {false, true}) {
+    bool happened = true;
+    uint64_t nth = 1;
+    for (; happened; ++nth) {
+      int32_t status = SUCCESS;
+      {
+        const AllocationFault fault = AllocationFault::TooLong(nth);
+        status = paints ? HostVecPaint(context.get(), source.get(), 0, 0, 0, 0, &everywhere, 0, 0)
+                        : HostVecCopy(target.get(), source.get(), 0);
+        happened = fault.happened();
+      }
+      EXPECT_EQ(status, happened ? ERR_NO_MEMORY : SUCCESS) << "allocation " << nth;
+      HostVecFree(target.get());
+    }
+    EXPECT_GE(nth, 4U);
+  }
+}
+
 TEST_F(VectorFaults, TranslatingTakesNoMemory) {
   Vector vector;
   ASSERT_EQ(Add(&vector, RectangleRecord(At(0, 0), At(1, 1), Pen(1), Brush(2))), SUCCESS);
