@@ -50,7 +50,8 @@ class Overlay {
     if (area.IsEmpty()) return SUCCESS;
     if (!SpendBudget(job_.drawing, job_.to_device, boxes_, whole_.AsBox(), spent)) return ERR_NO_MEMORY;
     columns_ = std::min(area.width(), kTileSide);
-    pixels_.reset(new uint32_t[static_cast<size_t>(columns_ * std::min(area.height(), kTileSide))]());
+    pixels_ =
+        std::make_unique<uint32_t[]>(static_cast<size_t>(columns_ * std::min(area.height(), kTileSide)));
     for (int64_t top = area.top; top < area.bottom; top += kTileSide) {
       for (int64_t left = area.left; left < area.right; left += kTileSide) {
         const PixelArea tile{left, top, std::min(left + kTileSide, area.right),

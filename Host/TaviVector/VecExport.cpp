@@ -42,8 +42,8 @@ class Bytes : public Sink {
 // The page: the drawing's bounds at its upper left corner.
 struct Page {
   Affine to_device;
-  double width;
-  double height;
+  double width = 0;
+  double height = 0;
   Box AsBox() const { return {{0, 0}, {width, height}}; }
 };
 
