@@ -31,11 +31,11 @@ void DeriveDate(char* date, const NtfHdr& header, DateFrom from) {
   date[kWidth] = '\0';
   const uint32_t fields = kWidth / kFieldWidth - (from == DateFrom::kMinutes ? 1 : 0);
   for (uint32_t field = fields; field-- > 0;) {
-    const int32_t value = ParseInteger(date + field * kFieldWidth, kFieldWidth);
+    const int32_t value = ParseInteger(date + size_t{field} * kFieldWidth, kFieldWidth);
     if (value < 2) continue;
     char digits[kFieldWidth + 1];
     FormatNumericField(digits, kFieldWidth, value - 1);
-    HostMemCopy(date + field * kFieldWidth, digits, kFieldWidth);
+    HostMemCopy(date + size_t{field} * kFieldWidth, digits, kFieldWidth);
     return;
   }
 }

@@ -19,13 +19,13 @@ class SourceText {
   }
   bool is_open() const { return file_ != kNoFile; }
   // Its size; negative when it cannot be told. Leaves the file at its start.
-  int64_t Measure() {
+  int64_t Measure() const {
     const int64_t size = HostFileSeek(file_, 0, kFromEnd);
     HostFileSeek(file_, 0, kFromStart);
     return size;
   }
   // A file that has become shorter leaves zeros.
-  void Read(HostArray<uint8_t>& to, uint64_t size) { HostFileRead(file_, to.data(), size); }
+  void Read(HostArray<uint8_t>& to, uint64_t size) const { HostFileRead(file_, to.data(), size); }
 
  private:
   static constexpr uint32_t kRawBytesReadOnly = 0x8000;

@@ -122,7 +122,10 @@ struct Extent {
 };
 
 uint64_t GridPixels(const ImSubHdr& image) {
-  return uint64_t{image.BlockWidth * image.BlocksPerRow} * (image.BlockHeight * image.BlocksPerColumn);
+  // Each side in 32 bits, as the size of the composite is.
+  const uint32_t width = image.BlockWidth * image.BlocksPerRow;
+  const uint32_t height = image.BlockHeight * image.BlocksPerColumn;
+  return uint64_t{width} * height;
 }
 
 Extent ImageExtent(const ImSubHdr& image, const Offset& offset) {

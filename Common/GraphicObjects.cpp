@@ -249,7 +249,7 @@ int32_t AddQuadObject(HostVector* vector, const SymbolPen& pen, const Placement&
   const double x = at.column;
   const double y = at.row;
   const double width = size.width;
-  const double half_height = size.height / 2;
+  const uint32_t half_height = size.height / 2;
   const VectorPoint corners[] = {Point(x + width, y - half_height), Point(x, y - half_height),
                                  Point(x, y + half_height), Point(x + width, y + width)};
   return AddPolygon(vector, pen, Brush::kSet, corners);
@@ -261,8 +261,8 @@ int32_t AddDiamondObject(HostVector* vector, const SymbolPen& pen, const Placeme
   SetRectangle(rectangle, at, size);
   const double x = at.column;
   const double y = at.row;
-  const double half_width = size.width / 2;
-  const double half_height = size.height / 2;
+  const uint32_t half_width = size.width / 2;
+  const uint32_t half_height = size.height / 2;
   const VectorPoint corners[] = {Point(x, y - half_width), Point(x - half_height, y),
                                  Point(x, y + half_width), Point(x + half_height, y)};
   return AddPolygon(vector, pen, Brush::kSet, corners);
@@ -274,7 +274,7 @@ int32_t AddHexagonObject(HostVector* vector, const SymbolPen& pen, const Placeme
   SetRectangle(rectangle, at, size);
   const double x = at.column;
   const double y = at.row;
-  const double half_height = size.height / 2;
+  const uint32_t half_height = size.height / 2;
   const double step = half_height / std::tan(30.0);
   const VectorPoint corners[] = {Point(x + step, y - half_height), Point(x - step, y - half_height),
                                  Point(x - 2 * step, y),           Point(x - step, y + half_height),

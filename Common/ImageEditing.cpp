@@ -43,7 +43,7 @@ bool HasRate(const ImSubHdr& record) {
 
 // Digits whose last stands at `last`; those that would stand before the field are lost.
 void PutDigits(char* field, ptrdiff_t last, ptrdiff_t sign, int32_t number) {
-  char digits[16];
+  char digits[16] = {};
   const auto printed = std::to_chars(digits, digits + sizeof digits, number);
   const char* const first = digits + (number < 0 ? 1 : 0);
   ptrdiff_t at = last;

@@ -31,8 +31,11 @@ void IncludeArc(Box& box, const Arc& arc) {
   const double high = std::max(start, start + sweep);
   for (const double extreme : {std::atan2(b.x, a.x), std::atan2(b.y, a.y)}) {
     // Every half turn there is one.
-    double t = extreme + std::ceil((low - extreme) / std::numbers::pi) * std::numbers::pi;
-    for (int i = 0; i < 3 && t <= high; ++i, t += std::numbers::pi) at(t);
+    const double first = extreme + std::ceil((low - extreme) / std::numbers::pi) * std::numbers::pi;
+    for (int i = 0; i < 3; ++i) {
+      const double t = first + i * std::numbers::pi;
+      if (t <= high) at(t);
+    }
   }
 }
 

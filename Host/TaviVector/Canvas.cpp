@@ -28,6 +28,7 @@ struct PatternOwner {
 
 cairo_surface_t* SurfaceOver(const uint32_t* pixels, int32_t columns, int32_t rows) {
   // The rasteriser takes pixels that it only reads by the same type as those that it writes.
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): they are only read
   auto* const bytes = reinterpret_cast<unsigned char*>(const_cast<uint32_t*>(pixels));
   return cairo_image_surface_create_for_data(bytes, CAIRO_FORMAT_ARGB32, columns, rows, columns * 4);
 }
@@ -167,11 +168,13 @@ void Canvas::DrawThin(Point from, Point to, uint32_t color, const Box& within) {
   Touch(0);
   cairo_surface_flush(h.target.surface);
   const Point span = to - from;
-  const double steps = std::max(1.0, std::ceil(std::max(std::abs(span.x), std::abs(span.y))));
-  const Point step = (1 / steps) * span;
+  // The segment is cut down to the canvas: its steps are few.
+  const auto steps =
+      std::max(1, static_cast<int32_t>(std::ceil(std::max(std::abs(span.x), std::abs(span.y)))));
+  const Point step = (1.0 / steps) * span;
   Point at = from - h.origin;
   const uint32_t pixel = Opaque(color);
-  for (double i = 0; i <= steps; ++i, at = at + step) {
+  for (int32_t i = 0; i <= steps; ++i, at = at + step) {
     const int32_t column = std::clamp(static_cast<int32_t>(at.x), 0, h.columns - 1);
     const int32_t row = std::clamp(static_cast<int32_t>(at.y), 0, h.rows - 1);
     h.pixels[static_cast<size_t>(row) * static_cast<size_t>(h.columns) + static_cast<size_t>(column)] = pixel;

@@ -115,11 +115,12 @@ std::vector<Point> FlattenArc(Point centre, Point a, Point b, double start, doub
   // The chord of an angle d is no farther from a circle of radius r than r (1 - cos(d / 2)).
   const double radius = Length(a) + Length(b);
   const double angle = radius > tolerance ? 2 * std::acos(1 - tolerance / radius) : 1;
-  const double steps = StepsFor(std::max(std::abs(sweep) / angle, std::abs(sweep) * 1.3), kMostArcSteps);
+  const auto steps =
+      static_cast<int32_t>(StepsFor(std::max(std::abs(sweep) / angle, std::abs(sweep) * 1.3), kMostArcSteps));
   std::vector<Point> points;
   points.reserve(static_cast<size_t>(steps) + 1);
-  for (double i = 0; i <= steps; ++i) {
-    const double t = start + sweep * (i / steps);
+  for (int32_t i = 0; i <= steps; ++i) {
+    const double t = start + sweep * (static_cast<double>(i) / steps);
     points.push_back(Tame(centre + std::cos(t) * a + std::sin(t) * b));
   }
   return points;
@@ -131,9 +132,10 @@ void FlattenCurve(Point from, const std::array<Point, 3>& curve, double toleranc
   // A cubic keeps within its second differences / 8 of its chord.
   const double bend = std::max(Length(from - 2 * c1 + c2), Length(c1 - 2 * c2 + end));
   const bool straight = c1 == from && c2 == end;
-  const double steps = straight ? 1 : StepsFor(std::sqrt(0.75 * bend / tolerance), kMostCurveSteps);
-  for (double i = 1; i < steps; ++i) {
-    const double t = i / steps;
+  const auto steps =
+      straight ? 1 : static_cast<int32_t>(StepsFor(std::sqrt(0.75 * bend / tolerance), kMostCurveSteps));
+  for (int32_t i = 1; i < steps; ++i) {
+    const double t = static_cast<double>(i) / steps;
     const double u = 1 - t;
     points->push_back(u * u * u * from + 3 * u * u * t * c1 + 3 * u * t * t * c2 + t * t * t * end);
   }

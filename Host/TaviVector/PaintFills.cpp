@@ -153,8 +153,9 @@ void DrawHatchLines(const Scene& scene, const Box& box, Point origin, Point norm
   }
   const double first = std::ceil(across.x / kHatchSpacing);
   const double last = std::min(std::floor(across.y / kHatchSpacing), first + kMostHatchLines);
-  for (double i = first; i <= last; ++i) {
-    const Point on = origin + (i * kHatchSpacing) * normal;
+  const auto count = last >= first ? static_cast<int32_t>(last - first) + 1 : 0;
+  for (int32_t i = 0; i < count; ++i) {
+    const Point on = origin + ((first + i) * kHatchSpacing) * normal;
     scene.canvas.MoveTo(on + reach.x * along);
     scene.canvas.LineTo(on + reach.y * along);
   }

@@ -59,6 +59,7 @@ class GlyphPainter {
     style.join = LineJoin::kRound;
     for (const auto& stroke : placed.glyph->strokes) {
       std::vector<Point> line;
+      line.reserve(stroke.size());
       for (const Point p : stroke) line.push_back(Tame(by.Apply(p)));
       lines_.Draw(line, false, style);
     }

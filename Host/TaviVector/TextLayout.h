@@ -10,14 +10,14 @@
 namespace tavi::host::vec {
 
 struct PlacedGlyph {
-  const Glyph* glyph;
-  uint32_t color;
+  const Glyph* glyph = nullptr;
+  uint32_t color = 0;
   Affine to_text;  // from units of the em
 };
 
 struct TextBox {
   Box box;
-  uint32_t color;
+  uint32_t color = 0;
 };
 
 // Text space: x along the base vector, y along the up vector, in units of the drawing, the origin at the text's point.
