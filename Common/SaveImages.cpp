@@ -118,8 +118,9 @@ int32_t TaviNitfSaveFile::CopySourceImageData(const ImSubHdr& image, uint32_t in
 // dropped.
 int32_t TaviNitfSaveFile::WriteVqImageData(const ImSubHdr& image, uint32_t index) {
   if (!GoToImageData(document_, index)) return ERR_FILE_READ;
-  // A table that cannot be passed is not told here: the reading of what stands behind it shows.
-  if (image.Compression == kM4) SkipMaskTable(document_, image);
+  // A table that could not be passed must not end in data from the wrong place.
+  const int32_t skipped = image.Compression == kM4 ? SkipMaskTable(document_, image) : SUCCESS;
+  if (skipped != SUCCESS) return skipped;
   uint8_t head[VqHeader::kSize];
   if (ReadSource(document_, head, sizeof head) != sizeof head) return ERR_FILE_READ;
   const VqHeader vq = ParseVqHeader(head);

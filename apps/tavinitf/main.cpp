@@ -25,6 +25,12 @@ void SetLimits(uint64_t bytes) {
   HostSetVectorLimit(bytes / kDrawingShare);
 }
 
+// A size is read as a number without a sign, which takes a minus for a very large one.
+CLI::Validator NotNegative() {
+  return {[](std::string& text) { return text.starts_with('-') ? "must not be negative" : std::string(); },
+          ""};
+}
+
 int Run(int argc, char** argv) {
   CLI::App app{"Looks into NITF files, draws them, makes and changes them.", "tavinitf"};
   app.set_version_flag("--version", Version);
@@ -34,6 +40,7 @@ int Run(int argc, char** argv) {
          "The largest picture in bytes, such as 8GB, before the subcommand (2GB unless "
          "given): a file of a few bytes can claim any size")
       ->transform(CLI::AsSizeValue(false))
+      ->transform(NotNegative())
       ->type_name("SIZE");
   app.footer("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.");
   int exit_status = tavinitf::kDone;
