@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdio>
+#include <exception>
 #include <functional>
 #include <mutex>
 #include <new>
@@ -55,7 +56,7 @@ class OriginTable {
     const std::lock_guard lock(mutex_);
     try {
       return entries_.insert_or_assign(key, origin).second;
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
       return false;
     }
   }
@@ -165,7 +166,7 @@ uint64_t HostReportLeaks(HostDebugSink sink, void* user) {
       PrintCounts(sink, user);
     }
     PrintOrigins(LiveKind::kTracked, sink, user);
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {
     PrintLine(sink, user, "no memory for the leak report\n");
   }
   return alive;

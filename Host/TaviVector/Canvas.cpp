@@ -12,6 +12,7 @@ namespace {
 struct SurfaceOwner {
   explicit SurfaceOwner(cairo_surface_t* held) : surface(held) {}
   ~SurfaceOwner() { cairo_surface_destroy(surface); }
+  SurfaceOwner(SurfaceOwner&& other) noexcept : surface(std::exchange(other.surface, nullptr)) {}
   SurfaceOwner(const SurfaceOwner&) = delete;
   SurfaceOwner& operator=(const SurfaceOwner&) = delete;
   bool ok() const { return cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS; }
@@ -62,7 +63,8 @@ cairo_fill_rule_t RuleOf(FillRule rule) {
 }  // namespace
 
 struct Canvas::Handles {
-  explicit Handles(cairo_surface_t* held) : target(held), cairo(cairo_create(held)) {}
+  // The owner is emptied once there is room for the handles, not before.
+  explicit Handles(SurfaceOwner&& held) : target(std::move(held)), cairo(cairo_create(target.surface)) {}
   ~Handles() { cairo_destroy(cairo); }
   Handles(const Handles&) = delete;
   Handles& operator=(const Handles&) = delete;
@@ -86,7 +88,7 @@ std::unique_ptr<Canvas> Canvas::Make(std::unique_ptr<Handles> handles) {
 
 std::unique_ptr<Canvas> Canvas::OnPixels(uint32_t* pixels, int32_t columns, int32_t rows, int64_t left,
                                          int64_t top) {
-  auto handles = std::make_unique<Handles>(SurfaceOver(pixels, columns, rows));
+  auto handles = std::make_unique<Handles>(SurfaceOwner(SurfaceOver(pixels, columns, rows)));
   handles->origin = {static_cast<double>(left), static_cast<double>(top)};
   handles->pixels = pixels;
   handles->columns = columns;
@@ -95,14 +97,15 @@ std::unique_ptr<Canvas> Canvas::OnPixels(uint32_t* pixels, int32_t columns, int3
 }
 
 std::unique_ptr<Canvas> Canvas::OnSvg(Sink* sink, double width, double height) {
-  auto handles =
-      std::make_unique<Handles>(cairo_svg_surface_create_for_stream(&WriteTo, sink, width, height));
+  auto handles = std::make_unique<Handles>(
+      SurfaceOwner(cairo_svg_surface_create_for_stream(&WriteTo, sink, width, height)));
   cairo_svg_surface_set_document_unit(handles->target.surface, CAIRO_SVG_UNIT_PX);
   return Make(std::move(handles));
 }
 
 std::unique_ptr<Canvas> Canvas::OnPdf(Sink* sink, double width, double height) {
-  return Make(std::make_unique<Handles>(cairo_pdf_surface_create_for_stream(&WriteTo, sink, width, height)));
+  return Make(std::make_unique<Handles>(
+      SurfaceOwner(cairo_pdf_surface_create_for_stream(&WriteTo, sink, width, height))));
 }
 
 void Canvas::MoveTo(Point p) {

@@ -1,6 +1,7 @@
 // Object symbols: the exact record of every primitive, byte by byte, the rectangle that is painted, and what fails.
 #include <cmath>
 #include <cstring>
+#include <tuple>
 
 #include "GraphicsTest.h"
 
@@ -119,10 +120,13 @@ class ObjectSymbol : public GraphicsTest {
     AddedObject& object = host().objects[0];
     ASSERT_EQ(object.points.size(), corners.size());
     for (size_t i = 0; i < corners.size(); ++i) {
-      EXPECT_EQ(object.points[i].x, corners[i].x) << "x of corner " << i;
-      EXPECT_EQ(object.points[i].y, corners[i].y) << "y of corner " << i;
-      EXPECT_EQ(object.points[i].z, 0.0);
-      EXPECT_EQ(object.points[i].word24, 0U);
+      // Copies: the members of a point stand on 4-byte places.
+      const auto [x, y, z, word] =
+          std::tuple(+object.points[i].x, +object.points[i].y, +object.points[i].z, +object.points[i].word24);
+      EXPECT_EQ(x, corners[i].x) << "x of corner " << i;
+      EXPECT_EQ(y, corners[i].y) << "y of corner " << i;
+      EXPECT_EQ(z, 0.0);
+      EXPECT_EQ(word, 0U);
     }
     Expected expected(6, 336);
     ASSERT_EQ(object.record.size(), 336U);
