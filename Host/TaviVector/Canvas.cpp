@@ -15,6 +15,7 @@ struct SurfaceOwner {
   SurfaceOwner(SurfaceOwner&& other) noexcept : surface(std::exchange(other.surface, nullptr)) {}
   SurfaceOwner(const SurfaceOwner&) = delete;
   SurfaceOwner& operator=(const SurfaceOwner&) = delete;
+  SurfaceOwner& operator=(SurfaceOwner&&) = delete;
   bool ok() const { return cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS; }
   cairo_surface_t* surface;
 };
