@@ -1,6 +1,8 @@
 # Sourced by the other scripts: where the project is, how it is configured and built.
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 jobs=$(nproc)
+# What ccache asks for before it caches sources that use a precompiled header.
+export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
 
 # configure_and_build PRESET [target...]: configures when that was not done with these presets, and builds.
 configure_and_build() {
