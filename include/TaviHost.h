@@ -645,7 +645,8 @@ TAVI_HOST_API int32_t _waccess(const wchar_t* path, int32_t mode);
 
 typedef void (*HostMessageSink)(const char* text, const char* caption, void* user);
 typedef void (*HostDebugSink)(const char* text, void* user);
-/* Where messages and debug strings go, for the whole process; null puts the default back. */
+/* Where messages and debug strings go, for the whole process; null puts the default back. A sink is called on the thread
+   that has something to say, and so by several at once. */
 TAVI_HOST_API void HostSetMessageSink(HostMessageSink sink, void* user);
 TAVI_HOST_API void HostSetDebugSink(HostDebugSink sink, void* user);
 

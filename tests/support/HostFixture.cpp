@@ -33,11 +33,18 @@ TempDir::~TempDir() {
 HostCapture::HostCapture() {
   HostSetMessageSink(
       [](const char* text, const char* caption, void* user) {
-        static_cast<HostCapture*>(user)->messages_.push_back({text, caption});
+        auto* const capture = static_cast<HostCapture*>(user);
+        const std::lock_guard lock(capture->mutex_);
+        capture->messages_.push_back({text, caption});
       },
       this);
   HostSetDebugSink(
-      [](const char* text, void* user) { static_cast<HostCapture*>(user)->debug_.emplace_back(text); }, this);
+      [](const char* text, void* user) {
+        auto* const capture = static_cast<HostCapture*>(user);
+        const std::lock_guard lock(capture->mutex_);
+        capture->debug_.emplace_back(text);
+      },
+      this);
 }
 
 HostCapture::~HostCapture() {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,7 @@ class HostCapture {
   [[nodiscard]] const std::vector<std::string>& debug() const { return debug_; }
 
  private:
+  std::mutex mutex_;  // any thread may call a sink
   std::vector<Message> messages_;
   std::vector<std::string> debug_;
 };

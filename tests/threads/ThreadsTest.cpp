@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <thread>
 
 #include "../../fuzz/Document.h"
+#include "../../fuzz/Edits.h"
 #include "CodedFiles.h"
 #include "HostFixture.h"
 #include "LoadPicture.h"
@@ -31,6 +33,7 @@ struct Outcome {
   Bytes saved;
   int32_t append = 0;
   Bytes appended;
+  Bytes edited;
   friend bool operator==(const Outcome&, const Outcome&) = default;
 };
 
@@ -55,6 +58,17 @@ tavi_test::NtfBuilder WithDrawing() {
   graphic.bound2_column = 20;
   file.graphics = {graphic};
   return file;
+}
+
+// Setters, appends and vector handles, chosen by the name alone, and what a save then holds.
+Bytes SaveEdited(NitfHandle document, const std::string& name, const std::filesystem::path& path) {
+  constexpr int kEdits = 40;
+  std::mt19937 random(static_cast<uint32_t>(name.size() * 256 + static_cast<uint8_t>(name.back())));
+  std::vector<uint8_t> bytes(4096);
+  for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
+  tavi_fuzz::Choices choose(bytes.data(), bytes.size());
+  for (int i = 0; i < kEdits; ++i) tavi_fuzz::EditOnce(document, choose);
+  return Tavi_NITFSaveFile(document, path.wstring().c_str()) == SUCCESS ? ReadWhole(path) : Bytes();
 }
 
 Outcome RunOn(const Source& source, const std::filesystem::path& folder) {
@@ -83,6 +97,7 @@ Outcome RunOn(const Source& source, const std::filesystem::path& folder) {
   const std::filesystem::path appended = folder / "appended.ntf";
   if (Tavi_NITFSaveFile(document.get(), appended.wstring().c_str()) == SUCCESS)
     outcome.appended = ReadWhole(appended);
+  outcome.edited = SaveEdited(document.get(), source.name, folder / "edited.ntf");
   return outcome;
 }
 
@@ -117,6 +132,8 @@ TEST_F(ThreadsTest, EachThreadSeesWhatASingleOneSees) {
   for (const Source& source : sources) expected.push_back(RunOn(source, Folder("single")));
   ASSERT_TRUE(
       std::any_of(expected.begin(), expected.end(), [](const Outcome& o) { return o.append == SUCCESS; }));
+  ASSERT_TRUE(std::any_of(expected.begin(), expected.end(),
+                          [](const Outcome& o) { return o.edited.size() > o.appended.size(); }));
 
   std::vector<std::vector<Outcome>> seen(kThreads, std::vector<Outcome>(sources.size()));
   std::vector<std::thread> threads;
