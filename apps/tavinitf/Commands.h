@@ -1,8 +1,14 @@
-// The subcommands. Each registers itself with its options and, when it is the one that was called, runs and
-// leaves its exit status in `exit_status`: 0 done, 1 a file or the operation failed, 2 wrong usage.
+// What each subcommand is asked, and its work. Each returns its exit status: 0 done, 1 a file or the operation failed,
+// 2 wrong usage.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Parts.h"
+#include "PictureLoader.h"
 
 namespace tavinitf {
 
@@ -10,14 +16,72 @@ inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
 
-void AddAppendCommand(CLI::App& app, int& exit_status);
-void AddCopyCommand(CLI::App& app, int& exit_status);
-void AddCreateCommand(CLI::App& app, int& exit_status);
-void AddExtractCommand(CLI::App& app, int& exit_status);
-void AddHeadersCommand(CLI::App& app, int& exit_status);
-void AddInfoCommand(CLI::App& app, int& exit_status);
-void AddRenderCommand(CLI::App& app, int& exit_status);
-void AddSetCommand(CLI::App& app, int& exit_status);
-void AddVerifyCommand(CLI::App& app, int& exit_status);
+struct AppendOptions {
+  std::string file;
+  std::string output;
+  PartOptions parts;
+};
+int RunAppend(const AppendOptions& options);
+
+struct CopyOptions {
+  std::string file;
+  std::string output;
+};
+int RunCopy(const CopyOptions& options);
+
+struct CreateOptions {
+  std::string output;
+  std::string date;
+  PartOptions parts;
+};
+int RunCreate(const CreateOptions& options);
+// What is wrong with a date; empty when nothing is, as for the others.
+std::string ComplainOfDate(const std::string& text);
+
+struct ExtractOptions {
+  std::string file;
+  std::string segment;
+  std::string output;
+};
+int RunExtract(const ExtractOptions& options);
+std::string ComplainOfExtracted(const std::string& selector);
+
+struct HeadersOptions {
+  std::string file;
+  std::string segment;
+  bool json = false;
+};
+int RunHeaders(const HeadersOptions& options);
+std::string ComplainOfListed(const std::string& selector);
+
+struct InfoOptions {
+  std::vector<std::string> files;
+  bool json = false;
+};
+int RunInfo(const InfoOptions& options);
+
+inline constexpr unsigned kMostRenderThreads = 64;
+struct RenderOptions {
+  std::vector<std::string> files;
+  std::string output;
+  std::string folder;
+  unsigned threads = 1;
+  std::optional<uint32_t> bits;
+  LoadOptions load;
+};
+int RunRender(const RenderOptions& options);
+
+struct SetOptions {
+  std::string file;
+  std::string output;
+  std::vector<std::string> edits;
+};
+int RunSet(const SetOptions& options);
+
+struct VerifyOptions {
+  std::string file;
+  bool json = false;
+};
+int RunVerify(const VerifyOptions& options);
 
 }  // namespace tavinitf

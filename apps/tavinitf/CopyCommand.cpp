@@ -1,6 +1,5 @@
 // tavinitf copy: reads a file and saves it, and says what did not come through as it was.
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -13,11 +12,6 @@
 
 namespace tavinitf {
 namespace {
-
-struct CopyOptions {
-  std::string file;
-  std::string output;
-};
 
 void PrintChanges(const CopyOptions& options, const std::vector<Change>& changes,
                   const NitfContents& source) {
@@ -48,13 +42,8 @@ Failure Copy(const CopyOptions& options) {
 
 }  // namespace
 
-void AddCopyCommand(CLI::App& app, int& exit_status) {
-  auto options = std::make_shared<CopyOptions>();
-  CLI::App* command = app.add_subcommand(
-      "copy", "Read a file and save it; tell what the writer set or left out, if anything");
-  command->add_option("FILE", options->file, "NITF file")->required();
-  command->add_option("OUT", options->output, "The file to make; it may be FILE itself")->required();
-  command->callback([options, &exit_status] { exit_status = ReportFailure(Copy(*options)); });
+int RunCopy(const CopyOptions& options) {
+  return ReportFailure(Copy(options));
 }
 
 }  // namespace tavinitf

@@ -2,7 +2,6 @@
 #include <array>
 #include <cstdio>
 #include <ctime>
-#include <memory>
 
 #include "Commands.h"
 #include "Parts.h"
@@ -11,12 +10,6 @@
 namespace tavinitf {
 namespace {
 
-struct CreateOptions {
-  std::string output;
-  std::string date;
-  PartOptions parts;
-};
-
 std::string Now() {
   const std::time_t now = std::time(nullptr);
   std::tm parts{};
@@ -24,11 +17,6 @@ std::string Now() {
   std::array<char, 16> text{};
   std::strftime(text.data(), text.size(), "%Y%m%d%H%M%S", &parts);
   return text.data();
-}
-
-std::string ComplainOfDate(const std::string& text) {
-  const bool digits = text.find_first_not_of("0123456789") == std::string::npos;
-  return text.size() == 14 && digits ? "" : "\"" + text + "\" is no CCYYMMDDhhmmss";
 }
 
 // An empty document with a date, from which the dates of the new segments follow.
@@ -48,9 +36,16 @@ Failure WriteEmpty(OutputFile& empty, const CreateOptions& options) {
   return written ? std::nullopt : NotWritten(options.output, empty.error());
 }
 
-int RunCreate(const CLI::App& command, const CreateOptions& options) {
+}  // namespace
+
+std::string ComplainOfDate(const std::string& text) {
+  const bool digits = text.find_first_not_of("0123456789") == std::string::npos;
+  return text.size() == 14 && digits ? "" : "\"" + text + "\" is no CCYYMMDDhhmmss";
+}
+
+int RunCreate(const CreateOptions& options) {
   std::vector<Part> parts;
-  if (const std::optional<std::string> misuse = ListParts(command, options.parts, parts)) {
+  if (const std::optional<std::string> misuse = ListParts(options.parts, parts)) {
     std::fprintf(stderr, "tavinitf create: %s\nRun with --help for more information.\n", misuse->c_str());
     return kWrongUsage;
   }
@@ -58,19 +53,6 @@ int RunCreate(const CLI::App& command, const CreateOptions& options) {
   Failure failure = WriteEmpty(empty, options);
   if (!failure) failure = BuildFrom(empty.part(), options.output, parts, options.output);
   return ReportFailure(failure);
-}
-
-}  // namespace
-
-void AddCreateCommand(CLI::App& app, int& exit_status) {
-  auto options = std::make_shared<CreateOptions>();
-  CLI::App* command = app.add_subcommand("create", "Make a file of pictures, drawings and texts");
-  command->add_option("OUT", options->output, "The file to make")->required();
-  AddPartOptions(*command, options->parts);
-  command->add_option("--date", options->date, "The file's date (default: now, in UTC)")
-      ->check(ComplainOfDate)
-      ->type_name("CCYYMMDDhhmmss");
-  command->callback([command, options, &exit_status] { exit_status = RunCreate(*command, *options); });
 }
 
 }  // namespace tavinitf

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <optional>
 #include <system_error>
 #include <vector>
@@ -13,6 +12,7 @@
 #include "OutputFile.h"
 #include "Reading.h"
 #include "Refusal.h"
+#include "Saving.h"
 #include "Selector.h"
 #include "TaviStatus.h"
 
@@ -25,28 +25,15 @@ const std::vector<SegmentKind>& SelectableKinds() {
   return kinds;
 }
 
-struct ExtractOptions {
-  std::string file;
-  std::string segment;
-  std::string output;
-};
-
-// The line that tells of a failure; nothing when all went well.
-using Failure = std::optional<std::string>;
-
 Failure NotExtracted(const ExtractOptions& options, const std::string& reason, int32_t status) {
   return FailureLine(options.file, "not extracted", reason, status);
-}
-
-Failure NotWritten(const ExtractOptions& options, const std::string& reason) {
-  return FailureLine(options.output, "not written", reason, ERR_FILE_WRITE);
 }
 
 Failure Copy(const ExtractOptions& options, const Extent& extent) {
   std::ifstream input(options.file, std::ios::binary);
   input.seekg(static_cast<std::streamoff>(extent.offset));
   OutputFile output;
-  if (!output.Open(options.output)) return NotWritten(options, output.error());
+  if (!output.Open(options.output)) return NotWritten(options.output, output.error());
   constexpr uint64_t kPiece = 1 << 20;
   std::vector<char> piece(std::min(kPiece, extent.length));
   for (uint64_t left = extent.length; left != 0;) {
@@ -54,10 +41,10 @@ Failure Copy(const ExtractOptions& options, const Extent& extent) {
     if (!input.read(piece.data(), static_cast<std::streamsize>(size))) {
       return NotExtracted(options, "its data cannot be read", ERR_FILE_READ);
     }
-    if (!output.Write(piece.data(), size)) return NotWritten(options, output.error());
+    if (!output.Write(piece.data(), size)) return NotWritten(options.output, output.error());
     left -= size;
   }
-  if (!output.Commit()) return NotWritten(options, output.error());
+  if (!output.Commit()) return NotWritten(options.output, output.error());
   return std::nullopt;
 }
 
@@ -75,11 +62,11 @@ Failure Draw(const ExtractOptions& options, const Segment& graphic, DrawingForma
   int32_t status = drawing.Load(options.file, graphic.data);
   if (status != SUCCESS) return NotExtracted(options, ExplainNoDrawing(status, graphic), status);
   OutputFile output;
-  if (!output.Open(options.output)) return NotWritten(options, output.error());
+  if (!output.Open(options.output)) return NotWritten(options.output, output.error());
   status = drawing.Export(format, output);
-  if (status == ERR_FILE_WRITE) return NotWritten(options, output.error());
+  if (status == ERR_FILE_WRITE) return NotWritten(options.output, output.error());
   if (status != SUCCESS) return NotExtracted(options, Named(graphic) + ": " + StatusMeaning(status), status);
-  if (!output.Commit()) return NotWritten(options, output.error());
+  if (!output.Commit()) return NotWritten(options.output, output.error());
   return std::nullopt;
 }
 
@@ -99,7 +86,7 @@ Failure Extract(const ExtractOptions& options) {
   }
   std::error_code ignored;
   if (std::filesystem::equivalent(options.file, options.output, ignored))
-    return NotWritten(options, "is the file that is read");
+    return NotWritten(options.output, "is the file that is read");
   const DrawingFormat format = DrawingFormatOf(options.output);
   if (segment->kind == SegmentKind::kGraphic && format != DrawingFormat::kAsItStands)
     return Draw(options, *segment, format);
@@ -108,24 +95,12 @@ Failure Extract(const ExtractOptions& options) {
 
 }  // namespace
 
-void AddExtractCommand(CLI::App& app, int& exit_status) {
-  auto options = std::make_shared<ExtractOptions>();
-  CLI::App* command = app.add_subcommand(
-      "extract", "Take out the data of one segment as they stand, or a graphic's drawing as a picture");
-  command->add_option("FILE", options->file, "NITF file")->required();
-  command->add_option("SEGMENT", options->segment, "text:N, graphic:N or image:N, N from 0")
-      ->required()
-      ->check([](const std::string& text) { return ComplainOfSelector(text, SelectableKinds()); });
-  command
-      ->add_option("-o,--output", options->output,
-                   "The file to make; a graphic goes into .svg, .png and .pdf as a picture")
-      ->required()
-      ->type_name("OUT");
-  command->callback([options, &exit_status] {
-    const Failure failure = Extract(*options);
-    if (failure) std::fprintf(stderr, "%s\n", failure->c_str());
-    exit_status = failure ? kFailed : kDone;
-  });
+int RunExtract(const ExtractOptions& options) {
+  return ReportFailure(Extract(options));
+}
+
+std::string ComplainOfExtracted(const std::string& selector) {
+  return ComplainOfSelector(selector, SelectableKinds());
 }
 
 }  // namespace tavinitf

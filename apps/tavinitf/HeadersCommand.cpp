@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <memory>
 #include <optional>
 
 #include "Commands.h"
@@ -146,49 +145,35 @@ void WriteJson(const std::string& path, std::ifstream& file, const Reading& read
   std::puts("\n}");
 }
 
-int RunHeaders(const std::string& path, bool as_json, const std::string& chosen) {
-  const std::optional<Selector> selector = ParseSelector(chosen, SelectableKinds());
-  const Reading reading = Read(path);
+}  // namespace
+
+int RunHeaders(const HeadersOptions& options) {
+  const std::optional<Selector> selector = ParseSelector(options.segment, SelectableKinds());
+  const Reading reading = Read(options.file);
   const NitfContents& contents = reading.contents;
   if (!reading.refusal && selector && contents.Find(selector->kind, selector->index) == nullptr) {
-    std::fprintf(stderr, "%s\n",
-                 FailureLine(path, "not listed", ExplainNoSegment(*selector, contents), ERR_INVALID_PARAMETER)
-                     .c_str());
+    std::fprintf(
+        stderr, "%s\n",
+        FailureLine(options.file, "not listed", ExplainNoSegment(*selector, contents), ERR_INVALID_PARAMETER)
+            .c_str());
     return kFailed;
   }
   std::ifstream file;
   // What is no regular file has nothing to show, and opening it could wait for ever.
-  if (contents.file_size != 0) file.open(path, std::ios::binary);
+  if (contents.file_size != 0) file.open(options.file, std::ios::binary);
   const std::vector<const Segment*> segments = ReadSegments(contents, selector);
-  if (as_json) {
-    WriteJson(path, file, reading, segments);
+  if (options.json) {
+    WriteJson(options.file, file, reading, segments);
   } else {
     for (const Segment* segment : segments) PrintSegment(file, *segment);
   }
   if (!reading.refusal) return kDone;
-  std::fprintf(stderr, "%s\n", reading.RefusalLine(path).c_str());
+  std::fprintf(stderr, "%s\n", reading.RefusalLine(options.file).c_str());
   return kFailed;
 }
 
-}  // namespace
-
-void AddHeadersCommand(CLI::App& app, int& exit_status) {
-  struct Options {
-    std::string file;
-    std::string segment;
-    bool json = false;
-  };
-  auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("headers", "List every header field, in file order");
-  command->add_option("FILE", options->file, "NITF file")->required();
-  command->add_flag("--json", options->json, "Print a JSON object with the exact bytes of each field");
-  command
-      ->add_option("--segment", options->segment,
-                   "Only this one: header, image:N, graphic:N, label:N, text:N or des:N, N from 0")
-      ->check([](const std::string& text) { return ComplainOfSelector(text, SelectableKinds()); })
-      ->type_name("SEGMENT");
-  command->callback(
-      [options, &exit_status] { exit_status = RunHeaders(options->file, options->json, options->segment); });
+std::string ComplainOfListed(const std::string& selector) {
+  return ComplainOfSelector(selector, SelectableKinds());
 }
 
 }  // namespace tavinitf

@@ -1,7 +1,6 @@
 // tavinitf info: what a file is and which segments it holds, as text or as JSON.
 #include <cstdio>
 #include <fstream>
-#include <memory>
 #include <vector>
 
 #include "Commands.h"
@@ -172,36 +171,23 @@ void PrintReport(const FileReport& report) {
   }
 }
 
-int RunInfo(const std::vector<std::string>& files, bool as_json) {
+}  // namespace
+
+int RunInfo(const InfoOptions& options) {
   Json all = Json::array();
   int exit_status = kDone;
-  for (const std::string& file : files) {
+  for (const std::string& file : options.files) {
     const FileReport report = Examine(file);
-    if (as_json) all.push_back(ReportAsJson(report));
+    if (options.json) all.push_back(ReportAsJson(report));
     if (report.reading.refusal) {
       exit_status = kFailed;
       std::fprintf(stderr, "%s\n", report.reading.RefusalLine(file).c_str());
-    } else if (!as_json) {
+    } else if (!options.json) {
       PrintReport(report);
     }
   }
-  if (as_json) std::printf("%s\n", all.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+  if (options.json) std::printf("%s\n", all.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
   return exit_status;
-}
-
-}  // namespace
-
-void AddInfoCommand(CLI::App& app, int& exit_status) {
-  struct Options {
-    std::vector<std::string> files;
-    bool json = false;
-  };
-  auto options = std::make_shared<Options>();
-  CLI::App* command =
-      app.add_subcommand("info", "Tell what files are: version, size, segments, composite size");
-  command->add_option("FILE", options->files, "NITF files")->required();
-  command->add_flag("--json", options->json, "Print a JSON array with one object for each file");
-  command->callback([options, &exit_status] { exit_status = RunInfo(options->files, options->json); });
 }
 
 }  // namespace tavinitf

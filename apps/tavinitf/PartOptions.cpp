@@ -25,22 +25,12 @@ std::optional<HostRect> ParseRectangle(const std::string& text) {
   return HostRect{numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
-// A name may hold "@" itself: the last one counts.
-std::string ComplainOfGraphic(const std::string& text) {
-  const size_t at = text.rfind('@');
-  if (at != std::string::npos && at != 0 && ParseRectangle(text.substr(at + 1))) return {};
-  return "\"" + text + "\" is no PIC.cgm@L,T,R,B with numbers of 0 to " + std::to_string(kMostBound) +
-         ", L below R and T below B";
-}
-
 class PartLister {
  public:
-  PartLister(const CLI::App& command, const PartOptions& options, std::vector<Part>& parts)
-      : command_(command), options_(options), parts_(parts) {}
+  PartLister(const PartOptions& options, std::vector<Part>& parts) : options_(options), parts_(parts) {}
 
   std::optional<std::string> Run() {
-    for (const CLI::Option* option : command_.parse_order()) {
-      const std::string name = option->get_name();
+    for (const std::string& name : options_.order) {
       if (name == "--image") {
         parts_.push_back({Part::Kind::kImage, options_.images[images_++], 90, false, {}});
       } else if (name == "--graphic") {
@@ -64,7 +54,6 @@ class PartLister {
         {Part::Kind::kGraphic, text.substr(0, at), 0, false, *ParseRectangle(text.substr(at + 1))});
   }
 
-  const CLI::App& command_;
   const PartOptions& options_;
   std::vector<Part>& parts_;
   size_t images_ = 0;
@@ -75,34 +64,16 @@ class PartLister {
 
 }  // namespace
 
-void AddPartOptions(CLI::App& command, PartOptions& options) {
-  command
-      .add_option("--image", options.images,
-                  "A picture, PNG, JPEG, PGM, PPM or TIFF, coded as JPEG; repeatable")
-      ->allow_extra_args(false)
-      ->type_name("PICTURE");
-  command
-      .add_option("--quality", options.qualities,
-                  "Of the image before it: 1, small, to 100, faithful (default 90)")
-      ->allow_extra_args(false)
-      ->check(CLI::Range(1, 100))
-      ->type_name("N");
-  command.add_flag("--rgb")->description(
-      "Code the colours of the image before it as red, green, blue: sharper edges, more bytes");
-  command
-      .add_option("--graphic", options.graphics,
-                  "A CGM drawing within columns L to R and rows T to B of the common coordinates; repeatable")
-      ->allow_extra_args(false)
-      ->check(ComplainOfGraphic)
-      ->type_name("PIC.cgm@L,T,R,B");
-  command.add_option("--text", options.texts, "A text of at most 99999 bytes; repeatable")
-      ->allow_extra_args(false)
-      ->type_name("FILE");
+// A name may hold "@" itself: the last one counts.
+std::string ComplainOfGraphic(const std::string& text) {
+  const size_t at = text.rfind('@');
+  if (at != std::string::npos && at != 0 && ParseRectangle(text.substr(at + 1))) return {};
+  return "\"" + text + "\" is no PIC.cgm@L,T,R,B with numbers of 0 to " + std::to_string(kMostBound) +
+         ", L below R and T below B";
 }
 
-std::optional<std::string> ListParts(const CLI::App& command, const PartOptions& options,
-                                     std::vector<Part>& parts) {
-  return PartLister(command, options, parts).Run();
+std::optional<std::string> ListParts(const PartOptions& options, std::vector<Part>& parts) {
+  return PartLister(options, parts).Run();
 }
 
 }  // namespace tavinitf

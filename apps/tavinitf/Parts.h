@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "Document.h"
 #include "Saving.h"
 
@@ -28,17 +26,20 @@ struct PartOptions {
   std::vector<std::string> graphics;
   std::vector<std::string> texts;
   std::vector<int> qualities;
+  // The options' names as they were given, one for each value and each --rgb.
+  std::vector<std::string> order;
 };
-void AddPartOptions(CLI::App& command, PartOptions& options);
 // The parts in the order of the options; what is wrong with them when they do not fit together.
-std::optional<std::string> ListParts(const CLI::App& command, const PartOptions& options,
-                                     std::vector<Part>& parts);
+std::optional<std::string> ListParts(const PartOptions& options, std::vector<Part>& parts);
+// What is wrong with "PIC.cgm@L,T,R,B"; empty when nothing is.
+std::string ComplainOfGraphic(const std::string& text);
 
 // Puts a part at the end of the document.
 Failure AppendPart(const Document& document, const Part& part);
 
-// Opens the base, which messages call `shown_base`, appends the parts, writes the target. The target is left out when it would not open again, when
-// anything that the base has would become different, or when the new segments do not fit the format's fields.
+// Opens the base, which messages call `shown_base`, appends the parts, writes the target. The target is left out when
+// it would not open again, when anything that the base has would become different, or when the new segments do not fit
+// the format's fields.
 Failure BuildFrom(const std::string& base_path, const std::string& shown_base, const std::vector<Part>& parts,
                   const std::string& target);
 

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <system_error>
@@ -17,35 +16,17 @@
 #include "PictureWriter.h"
 #include "Progress.h"
 #include "Refusal.h"
+#include "Saving.h"
 #include "TaviStatus.h"
 
 namespace tavinitf {
 namespace {
-
-constexpr unsigned kMostThreads = 64;
-
-struct RenderOptions {
-  std::vector<std::string> files;
-  std::string output;
-  std::string folder;
-  unsigned threads = 1;
-  std::optional<uint32_t> bits;
-  LoadOptions load;
-};
 
 struct Job {
   std::string input;
   std::string output;
 };
 
-// The line that tells of a failure; nothing when all went well.
-using Failure = std::optional<std::string>;
-
-Failure NotWritten(const std::string& path, const std::string& reason) {
-  return FailureLine(path, "not written", reason, ERR_FILE_WRITE);
-}
-
-// Finds out why the library refused the file or could not draw it.
 Failure NotLoaded(const Job& job, const std::wstring& wide, int32_t status) {
   const NitfContents contents = ReadContents(job.input, wide);
   if (contents.status < SUCCESS) {
@@ -96,7 +77,7 @@ class RenderRun {
       : options_(options), jobs_(jobs), results_(jobs.size()), progress_(jobs.size()) {}
 
   int Run() {
-    const auto count = std::min<size_t>({options_.threads, jobs_.size(), kMostThreads});
+    const auto count = std::min<size_t>({options_.threads, jobs_.size(), kMostRenderThreads});
     std::vector<std::jthread> helpers;
     for (size_t i = 1; i < count; ++i) helpers.emplace_back([this] { Work(); });
     Work();
@@ -168,6 +149,8 @@ std::optional<std::string> ListJobs(const RenderOptions& options, std::vector<Jo
   return std::nullopt;
 }
 
+}  // namespace
+
 int RunRender(const RenderOptions& options) {
   std::vector<Job> jobs;
   std::optional<std::string> misuse = FindMisuse(options);
@@ -185,29 +168,6 @@ int RunRender(const RenderOptions& options) {
     }
   }
   return RenderRun(options, jobs).Run();
-}
-
-}  // namespace
-
-void AddRenderCommand(CLI::App& app, int& exit_status) {
-  auto options = std::make_shared<RenderOptions>();
-  CLI::App* command = app.add_subcommand("render", "Draw files as pictures: all segments of a file as one");
-  command->add_option("FILE", options->files, "NITF files")->required();
-  command->add_option("-o,--output", options->output, "The picture of the one FILE: " + PictureEndings());
-  command->add_option("-d,--directory", options->folder, "Make a PNG of each FILE in this folder")
-      ->type_name("DIR");
-  command->add_option("-j,--jobs", options->threads, "Draw so many files at a time")
-      ->check(CLI::Range(1U, kMostThreads))
-      ->type_name("N");
-  command->add_flag("--fixed-canvas", options->load.fixed_canvas,
-                    "Draw on 2048 x 2048 pixels whatever the file holds");
-  command->add_flag("--stretch-dark", options->load.stretch_dark,
-                    "Brighten images with nothing above grey level 19");
-  command->add_flag("--paint-each", options->load.paint_each,
-                    "Paint each graphic object as soon as it is built");
-  command->add_option("--bits", options->bits, "Bits per pixel: 24 colours, 8 grey (default 24, for .pgm 8)")
-      ->check(CLI::IsMember({24U, 8U}));
-  command->callback([options, &exit_status] { exit_status = RunRender(*options); });
 }
 
 }  // namespace tavinitf

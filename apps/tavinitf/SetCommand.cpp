@@ -7,7 +7,6 @@
 // with the source, field by field, before it takes the target's place.
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 #include "Commands.h"
 #include "Comparison.h"
@@ -18,12 +17,6 @@
 
 namespace tavinitf {
 namespace {
-
-struct SetOptions {
-  std::string file;
-  std::string output;
-  std::vector<std::string> edits;
-};
 
 class SetRun {
  public:
@@ -142,18 +135,8 @@ class SetRun {
 
 }  // namespace
 
-void AddSetCommand(CLI::App& app, int& exit_status) {
-  auto options = std::make_shared<SetOptions>();
-  CLI::App* command = app.add_subcommand("set", "Save a file with other values in some of its fields");
-  command->add_option("FILE", options->file, "NITF file")->required();
-  command->add_option("OUT", options->output, "The file to make; it may be FILE itself")->required();
-  command
-      ->add_option(
-          "EDIT", options->edits,
-          "header:FIELD=VALUE, image:N.FIELD=VALUE, graphic:N.FIELD=VALUE or text:N.FIELD=VALUE, N from 0")
-      ->required()
-      ->check(ComplainOfEdit);
-  command->callback([options, &exit_status] { exit_status = ReportFailure(SetRun(*options).Run()); });
+int RunSet(const SetOptions& options) {
+  return ReportFailure(SetRun(options).Run());
 }
 
 }  // namespace tavinitf

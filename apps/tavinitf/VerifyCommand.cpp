@@ -1,6 +1,5 @@
 // tavinitf verify: whether the lengths, tables, masks, records and levels of a file agree with what is there.
 #include <cstdio>
-#include <memory>
 
 #include "Commands.h"
 #include "JsonForms.h"
@@ -108,29 +107,18 @@ void PrintJson(const std::string& path, const Reading& reading, const Findings& 
   std::puts(json.dump(2, ' ', true, Json::error_handler_t::replace).c_str());
 }
 
-int RunVerify(const std::string& path, bool as_json) {
-  const Reading reading = Read(path);
-  const Findings findings = Verify(path, reading);
-  if (as_json) {
-    PrintJson(path, reading, findings);
-  } else {
-    Print(path, reading, findings);
-  }
-  if (reading.refusal) std::fprintf(stderr, "%s\n", reading.RefusalLine(path).c_str());
-  return findings.list().empty() ? kDone : kFailed;
-}
-
 }  // namespace
 
-void AddVerifyCommand(CLI::App& app, int& exit_status) {
-  auto path = std::make_shared<std::string>();
-  auto as_json = std::make_shared<bool>(false);
-  CLI::App* command = app.add_subcommand(
-      "verify",
-      "Compare lengths, tables, masks, records and levels with what is there; status 1 with findings");
-  command->add_option("FILE", *path, "NITF file")->required();
-  command->add_flag("--json", *as_json, "The verdict and the findings as JSON");
-  command->callback([path, as_json, &exit_status] { exit_status = RunVerify(*path, *as_json); });
+int RunVerify(const VerifyOptions& options) {
+  const Reading reading = Read(options.file);
+  const Findings findings = Verify(options.file, reading);
+  if (options.json) {
+    PrintJson(options.file, reading, findings);
+  } else {
+    Print(options.file, reading, findings);
+  }
+  if (reading.refusal) std::fprintf(stderr, "%s\n", reading.RefusalLine(options.file).c_str());
+  return findings.list().empty() ? kDone : kFailed;
 }
 
 }  // namespace tavinitf

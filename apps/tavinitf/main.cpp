@@ -4,6 +4,7 @@
 #include <exception>
 #include <string>
 
+#include "CommandLine.h"
 #include "Commands.h"
 #include "HostEntries.h"
 #include "OutputFile.h"
@@ -44,15 +45,7 @@ int Run(int argc, char** argv) {
       ->type_name("SIZE");
   app.footer("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.");
   int exit_status = tavinitf::kDone;
-  tavinitf::AddAppendCommand(app, exit_status);
-  tavinitf::AddCopyCommand(app, exit_status);
-  tavinitf::AddCreateCommand(app, exit_status);
-  tavinitf::AddExtractCommand(app, exit_status);
-  tavinitf::AddHeadersCommand(app, exit_status);
-  tavinitf::AddInfoCommand(app, exit_status);
-  tavinitf::AddRenderCommand(app, exit_status);
-  tavinitf::AddSetCommand(app, exit_status);
-  tavinitf::AddVerifyCommand(app, exit_status);
+  tavinitf::AddCommands(app, exit_status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -1,0 +1,19 @@
+// What files may ask for: the host's limits by name, on the command line and in refusals.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tavinitf {
+
+// --limit SIZE and --limit NAME=VALUE, as often as they are given; later ones count.
+void AddLimitOption(CLI::App& app);
+
+// `more than the limit "picture" of 1024 bytes is asked for (--limit picture=VALUE raises it)`
+std::string LimitWords(uint32_t limit);
+// The same for the limit that made an operation of this thread end in the status just now; nothing when none did.
+std::optional<std::string> WordsOfLimitHit(int32_t status);
+
+}  // namespace tavinitf
