@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "Append.h"
 #include "HeaderSetter.h"
 
@@ -33,6 +35,11 @@ class SourceText {
   int64_t file_;
 };
 
+void TakeText(TxSubHdr& record, HostArray<uint8_t>&& bytes) {
+  record.TextDataBuffer = std::move(bytes);
+  record.TextDataInMemory = 1;
+}
+
 int32_t ReadText(TxSubHdr& record, const wchar_t* path) {
   SourceText file(path);
   const int64_t size = file.is_open() ? file.Measure() : -1;
@@ -40,7 +47,8 @@ int32_t ReadText(TxSubHdr& record, const wchar_t* path) {
   HostArray<uint8_t> bytes;
   if (size > UINT32_MAX || !bytes.Allocate(static_cast<uint64_t>(size) + 1, Here())) return ERR_NO_MEMORY;
   file.Read(bytes, static_cast<uint64_t>(size));
-  return SetTextData(record, bytes.data(), static_cast<uint64_t>(size));
+  TakeText(record, std::move(bytes));
+  return SUCCESS;
 }
 
 bool AddTextSubheaderLength(NtfHdr& header, uint32_t length) {
@@ -59,8 +67,7 @@ int32_t SetTextData(TxSubHdr& record, const void* bytes, uint64_t size) {
   HostArray<uint8_t> made;
   if (!made.Allocate(size + 1, Here())) return ERR_NO_MEMORY;
   if (size != 0) HostMemCopy(made.data(), bytes, size);
-  record.TextDataBuffer = std::move(made);
-  record.TextDataInMemory = 1;
+  TakeText(record, std::move(made));
   return SUCCESS;
 }
 

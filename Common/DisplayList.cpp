@@ -40,20 +40,6 @@ uint32_t DrawableCount(const NitfFile& d) {
   return d.ImageCount + d.GraphicCount + d.LabelCount;
 }
 
-uint32_t AttachmentLevelOf(const NitfFile& d, const DisplayEntry& entry) {
-  const auto level = [](const auto* record) { return record != nullptr ? record->AttachmentLevel : 0; };
-  switch (entry.Kind) {
-    case kDisplayImage:
-      return level(SubheaderAt(d.Images, entry.Index, d.ImageCount));
-    case kDisplayGraphic:
-      return level(SubheaderAt(d.Graphics, entry.Index, d.GraphicCount));
-    case kDisplayLabel:
-      return level(SubheaderAt(d.Labels, entry.Index, d.LabelCount));
-    default:
-      return 0;
-  }
-}
-
 // Climbs from parent to parent. Coming to a segment a second time means that the chain never ends.
 class Climb {
  public:
@@ -156,8 +142,22 @@ AttachmentWalk::AttachmentWalk(const NitfFile& document)
       images_(document.Images, document.ImageCount),
       graphics_(document.Graphics, document.GraphicCount) {}
 
+uint32_t AttachmentWalk::AttachmentLevelOf(const DisplayEntry& entry) const {
+  const auto level = [](const auto* record) { return record != nullptr ? record->AttachmentLevel : 0; };
+  switch (entry.Kind) {
+    case kDisplayImage:
+      return level(images_.At(entry.Index));
+    case kDisplayGraphic:
+      return level(graphics_.At(entry.Index));
+    case kDisplayLabel:
+      return level(SubheaderAt(document_.Labels, entry.Index, document_.LabelCount));
+    default:
+      return 0;
+  }
+}
+
 Offset AttachmentWalk::AccumulateAttachment(const DisplayEntry& entry) const {
-  return Climb(document_, AttachmentLevelOf(document_, entry)).Run(images_, graphics_);
+  return Climb(document_, AttachmentLevelOf(entry)).Run(images_, graphics_);
 }
 
 int32_t NextDisplayLevel(NitfFile& document) {
@@ -191,7 +191,7 @@ int32_t CompositeSize(NitfFile& document, uint32_t& width, uint32_t& height) {
   for (uint64_t i = 0; i < list.size(); ++i) {
     const Offset offset = walk.AccumulateAttachment(list[i]);
     if (list[i].Kind == kDisplayImage) {
-      extent = ImageExtent(*SubheaderAt(document.Images, list[i].Index, document.ImageCount), offset);
+      extent = ImageExtent(walk.Image(list[i]), offset);
     } else if (list[i].Kind == kDisplayGraphic) {
       status = GraphicExtent(document, list[i].Index, offset.row, offset.column, extent.width, extent.height);
       if (status != SUCCESS) return status;
@@ -215,8 +215,7 @@ int32_t DrawObjects(FilterLoadContext* context, HostDrawingContext dc, NitfFile&
     const Offset offset = walk.AccumulateAttachment(list[i]);
     switch (list[i].Kind) {
       case kDisplayImage:
-        if (!budget.Take(GridPixels(*SubheaderAt(document.Images, list[i].Index, document.ImageCount))))
-          return ERR_FILE_FORMAT;
+        if (!budget.Take(GridPixels(walk.Image(list[i])))) return ERR_FILE_FORMAT;
         status = DrawImageSegment(context, dc, document, list[i].Index, offset.row, offset.column);
         break;
       case kDisplayGraphic:

@@ -28,7 +28,7 @@ struct Offset {
   int32_t column = 0;
 };
 
-// Finds the first segment of a kind with a display level, without walking the list each time.
+// Finds the first segment of a kind with a display level, and the segment at a place, without walking the list each time.
 template <class Record>
 class LevelIndex {
  public:
@@ -39,6 +39,7 @@ class LevelIndex {
 
   LevelIndex(const SegmentNode<Record>* node, uint32_t count) : head_(node), count_(count) {
     for (uint32_t i = 0; node != nullptr && i < count; ++i, node = node->Next) {
+      if (i < kMostPlaces) nth_[i] = node->Subheader;
       if (node->Subheader == nullptr) continue;
       const uint32_t level = node->Subheader->DisplayLevel + kLowest;
       if (level < kLevels && first_[level].record == nullptr) first_[level] = {node->Subheader, i};
@@ -49,6 +50,9 @@ class LevelIndex {
   Place Find(uint32_t level) const {
     return level + kLowest < kLevels ? first_[level + kLowest] : Search(level);
   }
+
+  // The segment at a place of the list; null when there is none.
+  const Record* At(uint32_t index) const { return index < kMostPlaces ? nth_[index] : nullptr; }
 
  private:
   // A level that no file can hold, but an application can set.
@@ -66,6 +70,9 @@ class LevelIndex {
   static constexpr uint32_t kLowest = 99;
   static constexpr uint32_t kLevels = 999 + kLowest + 1;
   Place first_[kLevels];
+  // Three digits bound the segments of a kind.
+  static constexpr uint32_t kMostPlaces = 999;
+  const Record* nth_[kMostPlaces] = {};
 };
 
 // Sums up attachment chains. The document must not change meanwhile.
@@ -74,8 +81,12 @@ class AttachmentWalk {
   explicit AttachmentWalk(const NitfFile& document);
   // A chain that comes back to a segment ends there with the sums gathered so far.
   Offset AccumulateAttachment(const DisplayEntry& entry) const;
+  // The image of an entry of the display list.
+  const ImSubHdr& Image(const DisplayEntry& entry) const { return *images_.At(entry.Index); }
 
  private:
+  uint32_t AttachmentLevelOf(const DisplayEntry& entry) const;
+
   const NitfFile& document_;
   LevelIndex<ImSubHdr> images_;
   LevelIndex<GrSubHdr> graphics_;

@@ -1,8 +1,11 @@
 #include "ImgBlocks.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tavi {
+
+TAVI_UNIT(L"Common/ImgBlocks")
 
 bool SegmentJob::Read(int64_t offset, void* to, uint64_t size) const {
   if (offset < 0) return false;
@@ -41,8 +44,16 @@ int32_t BlockTile::Create(uint32_t bits, uint32_t order) {
   const uint64_t line = (static_cast<uint64_t>(bits) * job_.image.BlockWidth + 31) / 32 * 4;
   const uint64_t rows = std::max<uint64_t>(kStripBytes / std::max<uint64_t>(line, 1), 1);
   strip_rows_ = static_cast<uint32_t>(std::min<uint64_t>(rows, job_.image.BlockHeight));
-  return HostCreateBitmap(tile_.get(), sizeof(HostBitmap), 1, job_.image.BlockWidth, strip_rows_, bits, order,
-                          nullptr, 1, nullptr, 0);
+  constexpr uint32_t kPixelsAttached = 2;
+  if (line == 0 || strip_rows_ == 0) return ERR_INVALID_PARAMETER;
+  if (const int32_t status =
+          HostCreateBitmap(tile_.get(), sizeof(HostBitmap), kPixelsAttached, job_.image.BlockWidth,
+                           strip_rows_, bits, order, nullptr, 1, nullptr, 0);
+      status != SUCCESS) {
+    return status;
+  }
+  if (!pixels_.Allocate(line * strip_rows_, Here())) return ERR_NO_MEMORY;
+  return HostAttachBitmapData(tile_.get(), pixels_.data(), pixels_.size());
 }
 
 void BlockTile::Begin(uint64_t block) {
@@ -52,7 +63,15 @@ void BlockTile::Begin(uint64_t block) {
 }
 
 int32_t BlockTile::PutRow(const uint8_t* row, uint64_t bytes) {
-  HostPutBitmapRow(tile_.get(), row, rows_in_strip_, std::min<uint64_t>(bytes, tile_->bytes_per_line));
+  std::memmove(NextRow(), row, std::min<uint64_t>(bytes, tile_->bytes_per_line));
+  return RowDone();
+}
+
+uint8_t* BlockTile::NextRow() {
+  return pixels_.data() + uint64_t{rows_in_strip_} * tile_->bytes_per_line;
+}
+
+int32_t BlockTile::RowDone() {
   return ++rows_in_strip_ == strip_rows_ ? Finish() : SUCCESS;
 }
 

@@ -92,6 +92,9 @@ class BlockTile {
   // The block's next row; a full strip is combined. `bytes` may exceed the tile's line: its own row is
   // written, no more.
   int32_t PutRow(const uint8_t* row, uint64_t bytes);
+  // The same without a copy: where the next row's pixels are to be written, and that they are.
+  uint8_t* NextRow();
+  int32_t RowDone();
   // Combines what is left.
   int32_t Finish();
   // A block that fails leaves its place as the bitmap was created.
@@ -101,7 +104,8 @@ class BlockTile {
   int32_t Combine(HostBitmap* source, uint32_t rows) const;
 
   const SegmentJob& job_;
-  OwnedBitmap tile_;
+  HostArray<uint8_t> pixels_;
+  OwnedBitmap tile_;  // of these pixels
   uint32_t strip_rows_ = 0;
   uint32_t rows_in_strip_ = 0;
   uint32_t rows_done_ = 0;

@@ -116,7 +116,7 @@ int32_t LoadStream(FilterLoadContext* context, const uint8_t* stream, uint64_t s
 
 StreamIdentifier::StreamIdentifier(const SegmentJob& job, uint32_t copies) {
   const uint64_t area = static_cast<uint64_t>(job.bitmap->width) * job.bitmap->height;
-  allowed_ = kFreeStreamClaim + area * copies * kStreamClaimOfPixel + job.data_length;
+  earned_ = area * copies * kStreamClaimOfPixel + job.data_length;
 }
 
 int32_t StreamIdentifier::Identify(const StreamBytes& stream) {
@@ -126,7 +126,7 @@ int32_t StreamIdentifier::Identify(const StreamBytes& stream) {
                                              stream.size, 0, 0) != SUCCESS) {
     return ERR_UNSUPPORTED_COMPRESSION;
   }
-  Claim(static_cast<uint64_t>(information.width) * information.height + stream.size);
+  Count(static_cast<uint64_t>(information.width) * information.height + stream.size);
   const uint32_t format = information.format;
   const bool accepted = std::find(std::begin(kAccepted), std::end(kAccepted), format) != std::end(kAccepted);
   return accepted ? SUCCESS : ERR_UNSUPPORTED_COMPRESSION;

@@ -47,16 +47,20 @@ class StreamIdentifier {
   int32_t Identify(const StreamBytes& stream);
   // Adds pixels that no stream of its own stands for. False when that is too much.
   bool Claim(uint64_t pixels) {
-    constexpr uint64_t kLeast = 1024;  // the smallest tile costs its time as well
-    claimed_ += pixels > kLeast ? pixels : kLeast;
+    Count(pixels);
     return !claims_too_much();
   }
   // Whether the streams so far claim far more pixels than the segment has: many small ones can cost as much
   // as a huge one, which a decoder would refuse.
-  bool claims_too_much() const { return claimed_ > allowed_; }
+  bool claims_too_much() const { return HostWithinLimit(HOST_LIMIT_STREAMS, claimed_, earned_) == 0; }
 
  private:
-  uint64_t allowed_;
+  void Count(uint64_t pixels) {
+    constexpr uint64_t kLeast = 1024;  // the smallest tile costs its time as well
+    claimed_ += pixels > kLeast ? pixels : kLeast;
+  }
+
+  uint64_t earned_;
   uint64_t claimed_ = 0;
 };
 // Sets the three band indices and asks for them.

@@ -24,7 +24,7 @@ class RowAssembler {
   // Assembles and puts `count` rows.
   int32_t Put(const BandRows& rows, uint32_t count);
   // Puts the last row once more.
-  int32_t PutAgain() { return tile_.PutRow(row_.data(), bytes_); }
+  int32_t PutAgain() { return tile_.PutRow(last_, bytes_); }
 
  private:
   const SegmentJob& job_;
@@ -32,6 +32,7 @@ class RowAssembler {
   uint32_t bits_ = 0;
   uint64_t bytes_ = 0;
   HostArray<uint8_t> row_;
+  const uint8_t* last_ = nullptr;  // the row that was put last
 };
 
 // The chosen bands in the order in which an output pixel holds them.

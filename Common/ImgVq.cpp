@@ -6,12 +6,50 @@
 #include <optional>
 
 #include "ImgSamples.h"
+#include "Vectorise.h"
 
 namespace tavi {
 
 TAVI_UNIT(L"Common/ImgVq")
 
 namespace {
+
+constexpr uint64_t kUsualSide = 4;  // kernels of nearly all files are 4 x 4
+constexpr uint64_t kUsualKernel = kUsualSide * kUsualSide;
+
+// Puts usual kernels side by side, a line of the block behind the other.
+void StoreUsualKernels(const uint8_t* kernels, const uint16_t* codes, uint64_t count, uint8_t* to,
+                       uint64_t line) {
+  uint64_t i = 0;
+#if TAVI_HAS_SHUFFLE
+  // Four kernels are a square of four times four words: turned round, each line is stored at once.
+  const auto kernel = [&](uint64_t n) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(kernels + codes[n] * kUsualKernel));
+  };
+  const auto store = [&](uint64_t row, __m128i words) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + row * line + i * kUsualSide), words);
+  };
+  for (; i + 4 <= count; i += 4) {
+    const __m128i a = kernel(i);
+    const __m128i b = kernel(i + 1);
+    const __m128i c = kernel(i + 2);
+    const __m128i d = kernel(i + 3);
+    const __m128i ab_low = _mm_unpacklo_epi32(a, b);
+    const __m128i ab_high = _mm_unpackhi_epi32(a, b);
+    const __m128i cd_low = _mm_unpacklo_epi32(c, d);
+    const __m128i cd_high = _mm_unpackhi_epi32(c, d);
+    store(0, _mm_unpacklo_epi64(ab_low, cd_low));
+    store(1, _mm_unpackhi_epi64(ab_low, cd_low));
+    store(2, _mm_unpacklo_epi64(ab_high, cd_high));
+    store(3, _mm_unpackhi_epi64(ab_high, cd_high));
+  }
+#endif
+  for (; i < count; ++i) {
+    const uint8_t* const from = kernels + codes[i] * kUsualKernel;
+    for (uint64_t row = 0; row < kUsualSide; ++row)
+      std::memcpy(to + row * line + i * kUsualSide, from + row * kUsualSide, kUsualSide);
+  }
+}
 
 // The bits not yet used, of the whole process: what one block or image leaves is where the next one begins.
 struct BitReservoir {
@@ -88,6 +126,14 @@ class Codebook {
     return tables_ == width_ ? GatherAll() : SUCCESS;
   }
 
+  // All kernels one behind the other, when each of the codes has one; null otherwise.
+  const uint8_t* KernelsOf(const HostArray<uint16_t>& codes) const {
+    if (!kernels_.exists()) return nullptr;
+    uint32_t highest = 0;
+    for (uint64_t i = 0; i < codes.size(); ++i) highest = std::max<uint32_t>(highest, codes[i]);
+    return highest < entries_ ? kernels_.data() : nullptr;
+  }
+
   // The kernel of a code, as bytes row after row; one beyond the table is all zeros.
   const uint8_t* Kernel(uint32_t code) {
     if (kernels_.exists() && code < entries_) return kernels_.data() + code * kernel_size();
@@ -144,6 +190,17 @@ class BlockPixels {
   }
   uint8_t* data() { return pixels_.data(); }
 
+  // Stores a row of kernels at once. False for kernels, pixels or places that are not the usual ones.
+  bool StoreRow(const uint8_t* kernels, const HostArray<uint16_t>& codes, uint64_t r) {
+    const uint64_t start = r * line_;
+    const uint64_t last = (kUsualSide - 1) * block_width_;
+    if (bits_ != 8 || kernel_width_ != kUsualSide || kernel_size_ != kUsualKernel) return false;
+    if (codes.size() * kUsualSide > block_width_ || start + last + block_width_ > pixels_.size())
+      return false;
+    StoreUsualKernels(kernels, codes.data(), codes.size(), pixels_.data() + start, block_width_);
+    return true;
+  }
+
   void Store(const uint8_t* kernel, uint64_t r, uint64_t c) {
     const uint64_t start = r * line_ + c;
     switch (bits_) {
@@ -162,8 +219,6 @@ class BlockPixels {
   }
 
  private:
-  static constexpr uint64_t kUsualSide = 4;  // kernels of nearly all files are 4 x 4
-
   void Put(uint64_t at, uint8_t value) {
     if (at < pixels_.size()) pixels_[at] = value;
   }
@@ -286,6 +341,8 @@ class VqDecoder {
     constexpr uint32_t kReplace = 800;
     for (uint64_t r = 0; r < job_.image.BlockHeight; r += height_) {
       if (!codes_.ReadRow(row_)) return ERR_FILE_READ;
+      const uint8_t* const kernels = codebook_->KernelsOf(row_);
+      if (kernels != nullptr && pixels_.StoreRow(kernels, row_, r)) continue;
       for (uint64_t i = 0; i < row_.size(); ++i) {
         pixels_.Store(codebook_->Kernel(row_[i]), r, i * height_);
       }

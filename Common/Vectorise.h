@@ -8,3 +8,12 @@
 #else
 #define TAVI_WIDE_VECTORS
 #endif
+
+// Where bytes can be put into any order sixteen at a time, which no compiler makes of a loop. Whether the processor has
+// it is asked when the program runs.
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <tmmintrin.h>
+#define TAVI_HAS_SHUFFLE 1
+#else
+#define TAVI_HAS_SHUFFLE 0
+#endif

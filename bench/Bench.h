@@ -1,12 +1,18 @@
-// What is measured and against what. Every load is compared with copying its finished composite or with the
-// codec's library alone, in the same run, so that the figures say the same on every machine.
+// What is measured and against what. Every kind of work is compared with a floor that is measured in the same run:
+// copying its composite, the codec's library alone, or copying the file. So the figures say the same on every machine.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
-#include <map>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "Results.h"
+#include "TaviNitf.h"
 
 namespace tavi_bench {
 
@@ -25,86 +31,70 @@ class BenchFolder {
   std::filesystem::path path_;
 };
 
+// Made when it is first asked for, so that a filtered run makes no files that it does not need. Copies share it.
+template <class T>
+class Lazy {
+ public:
+  explicit Lazy(std::function<T()> make) : state_(std::make_shared<State>()) {
+    state_->make = std::move(make);
+  }
+  const T& operator*() const {
+    if (!state_->made) state_->made = state_->make();
+    return *state_->made;
+  }
+  const T* operator->() const { return &**this; }
+
+ private:
+  struct State {
+    std::function<T()> make;
+    std::optional<T> made;
+  };
+  std::shared_ptr<State> state_;
+};
+using LazyPath = Lazy<std::wstring>;
+
 inline constexpr uint32_t kSide = 2048;
-
-struct LoadCase {
-  std::string name;
-  uint32_t bands;  // 3 or 1, of 8 bits
-  char imode;
-  uint32_t block_side;  // kSide: one block
-  uint32_t load_bits;   // depth of the composite that is asked for
-  double bound;         // times the copy of the composite
-};
-
-const std::vector<LoadCase>& LoadCases();
-Bytes Noise(size_t count);  // without a pattern that a cache or a predictor could use
-std::wstring WriteLoadFile(const LoadCase& load, const std::filesystem::path& folder);
-std::wstring WriteOpenFile(const std::filesystem::path& folder);
-
-// A load's time must not exceed a sum of other times.
-struct Term {
-  double factor;
-  std::string of;  // a benchmark, or kMilliseconds
-};
-inline constexpr const char* kMilliseconds = "ms";
-
-// Images of coded data.
-struct CodedCase {
-  std::string name;
-  std::wstring path;
-  uint32_t rows;
-  uint32_t load_bits;
-  std::string floor;  // the benchmark that the ratio is of
-  std::vector<Term> bound;
-};
-
-// What the codecs' libraries are measured with, alone.
-struct CodedStreams {
-  std::vector<Bytes> jpeg;        // one colour picture of kSide
-  std::vector<Bytes> jpeg_tiles;  // the same in tiles of kTileSide
-  Bytes jpeg2000;
-  std::string fax;  // path of a TIFF file with the data as its strip
-};
-
 inline constexpr uint32_t kTileSide = 256;
 inline constexpr uint32_t kPageWidth = 5000;
 inline constexpr uint32_t kPageHeight = 7000;
-inline constexpr const char* kScanName = "load/C3 by scan, 64 streams of 1 MiB";
-inline constexpr const char* kScanMaskName = "load/M3 by mask, 64 streams of 1 MiB";
-inline constexpr double kScanBytes = 64.0 * 1024 * 1024;
+
+Bytes Noise(size_t count);  // without a pattern that a cache or a predictor could use
+
+// Times of copies, which most bounds are told in.
+std::string CopyName(uint32_t load_bits);      // "copy/24 bits": a picture of kSide
+std::string PageCopyName(uint32_t load_bits);  // "copy/page of 24 bits"
+
+// Each registers benchmarks and adds their rows to the table.
+void RegisterCopies();
+void RegisterLoads(const std::filesystem::path& folder, Table* table);
+void RegisterCoded(const std::filesystem::path& folder, Table* table);
+void RegisterOpen(const std::filesystem::path& folder, Table* table);
+void RegisterSave(const std::filesystem::path& folder, Table* table);
+void RegisterAppend(const std::filesystem::path& folder, Table* table);
+void RegisterVector(Table* table);
+void RegisterSamples(Table* table);
+
+// Appends a coded picture of kSide, a drawing and a text. False when one fails.
+bool AppendOfEach(NitfHandle document, const std::filesystem::path& folder);
+// Lines all over a picture of kSide, as the edges of a detailed overlay.
+void AddLines(HostVector* vector, size_t count);
+
+void RegisterLoad(const std::string& name, const LazyPath& path, uint32_t bits, uint32_t rows);
+
+// What the codecs' libraries decode alone.
 inline constexpr const char* kJpegFloor = "floor/libjpeg-turbo, one stream";
 inline constexpr const char* kJpegTilesFloor = "floor/libjpeg-turbo, 64 streams";
 inline constexpr const char* kJpeg2000Floor = "floor/OpenJPEG";
 inline constexpr const char* kFaxFloor = "floor/libtiff";
-
-// Makes the files of all coded cases, and what their floors decode.
-std::vector<CodedCase> WriteCodedFiles(const std::filesystem::path& folder, CodedStreams* streams);
-void RegisterCoded(const std::vector<CodedCase>& cases, const CodedStreams& streams);
-
-std::string CopyName(uint32_t load_bits);      // "copy/24 bits"
-std::string PageCopyName(uint32_t load_bits);  // "copy/page of 24 bits"
-inline constexpr const char* kOpenName = "open/one image";
-
-void RegisterLoad(const std::string& name, const std::wstring& path, uint32_t bits, uint32_t rows);
-void RegisterLoads(const std::filesystem::path& folder);
-void RegisterOpen(const std::wstring& path);
-
-inline constexpr const char* kSaveName = "save/one image of 50 MiB";
-inline constexpr const char* kFileCopyName = "copy/file of 50 MiB in pieces of 1 MiB";
-std::filesystem::path WriteSaveFile(const std::filesystem::path& folder);
-void RegisterSave(const std::filesystem::path& source);
-// Bytes that a save adds to the peak memory of a process with the document open, or -1 where that is not told.
-int64_t MeasureSaveMemory(const std::filesystem::path& source);
-
-// 100,000 lines painted at kSide x kSide, and the same lines stroked by the drawing library alone.
-inline constexpr const char* kStrokesName = "floor/Cairo, 100,000 strokes";
-inline constexpr const char* kPaintVectorName = "paint/vector of 100,000 lines";
-void RegisterVector();
+void RegisterCodecs(const Lazy<Bytes>& jpeg, const Lazy<std::vector<Bytes>>& tiles,
+                    const Lazy<Bytes>& jpeg2000, const Lazy<std::string>& fax);
 
 // How many system calls opening the file takes, or -1 where a process may not watch another.
 int CountOpenSystemCalls(const std::wstring& path);
+// Bytes that a save adds to the peak memory of a process with the document open, or -1 where that is not told.
+int64_t MeasureSaveMemory(const std::filesystem::path& source);
 
-// The shortest time of each benchmark, in nanoseconds.
-using Times = std::map<std::string, double>;
+std::wstring WriteOpenFile(const std::filesystem::path& folder);
+std::filesystem::path WriteSaveFile(const std::filesystem::path& folder);
 
 }  // namespace tavi_bench

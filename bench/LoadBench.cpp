@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "Bench.h"
+#include "NtfBuilder.h"
 #include "TaviNitf.h"
 
 namespace tavi_bench {
@@ -17,14 +18,16 @@ int32_t DropRow(uint64_t, HostBitmap*, uint8_t* row, uint32_t, int32_t, int32_t,
   return 1;
 }
 
-void Load(benchmark::State& state, const std::wstring& path, uint32_t bits, uint32_t due) {
+void Load(benchmark::State& state, const LazyPath& path, uint32_t bits, uint32_t due) {
+  const wchar_t* const name = path->c_str();
+  double bytes = 0;
   for (auto _ : state) {
     uint32_t rows = 0;
     HostLoadFlagsRecord flags{};
     HostBitmap bitmap{};
     HostInitBitmap(&bitmap, sizeof(bitmap), 0, 0, bits);
     FilterLoadContext context{};
-    context.file_name = path.c_str();
+    context.file_name = name;
     context.bitmap = &bitmap;
     context.row_callback = DropRow;
     context.user = &rows;
@@ -38,6 +41,15 @@ void Load(benchmark::State& state, const std::wstring& path, uint32_t bits, uint
       return;
     }
   }
+  HostFileInfo info{};
+  HostLoadFlagsRecord flags{};
+  FilterInfoContext context{};
+  context.file_name = name;
+  context.file = -1;
+  context.info = &info;
+  context.load_flags = &flags;
+  if (fltInfo(&context) == SUCCESS) bytes = (info.width * bits + 7) / 8 * static_cast<double>(info.height);
+  state.counters["bytes"] = bytes;
 }
 
 void Copy(benchmark::State& state, size_t size) {
@@ -48,7 +60,52 @@ void Copy(benchmark::State& state, size_t size) {
     benchmark::DoNotOptimize(to.data());
     benchmark::ClobberMemory();
   }
-  state.SetBytesProcessed(static_cast<int64_t>(size) * state.iterations());
+  state.counters["bytes"] = static_cast<double>(size);
+}
+
+struct LoadCase {
+  std::string name;
+  uint32_t bands;  // 3 or 1, of 8 bits
+  char imode;
+  uint32_t block_side;  // kSide: one block
+  uint32_t load_bits;   // depth of the composite that is asked for
+  double bound;         // times the copy of the composite
+};
+
+std::vector<LoadCase> MakeCases() {
+  constexpr double kColorBound = 6;
+  constexpr double kGreyBound = 8;
+  std::vector<LoadCase> cases;
+  for (const char mode : {'B', 'P', 'R', 'S'}) {
+    for (const uint32_t side : {kSide, kTileSide}) {
+      const std::string blocks = side == kSide ? "one block" : "256 x 256 blocks";
+      cases.push_back({std::string("load/24 bits ") + mode + ", " + blocks, 3, mode, side, 24, kColorBound});
+    }
+  }
+  for (const uint32_t bits : {24U, 8U}) {
+    for (const uint32_t side : {kSide, kTileSide}) {
+      const std::string blocks = side == kSide ? "one block" : "256 x 256 blocks";
+      cases.push_back(
+          {"load/grey to " + std::to_string(bits) + " bits, " + blocks, 1, 'B', side, bits, kGreyBound});
+    }
+  }
+  return cases;
+}
+
+std::wstring WriteLoadFile(const LoadCase& load, const std::filesystem::path& folder) {
+  const uint32_t across = kSide / load.block_side;
+  tavi_test::ImageSpec image = tavi_test::GreyImage(1, 1);
+  image.Blocks(across, across, load.block_side, load.block_side).Mode(load.imode);
+  if (load.bands == 3) {
+    image.Roles({"R ", "G ", "B "});
+    image.irep = "RGB";
+  }
+  image.pixels = Noise(size_t{load.bands} * kSide * kSide);
+  std::string name = load.name + ".ntf";
+  for (char& c : name) {
+    if (c == '/' || c == ' ' || c == ',') c = '_';
+  }
+  return tavi_test::NtfBuilder{image}.Build().Write(folder, name);
 }
 
 }  // namespace
@@ -61,11 +118,11 @@ std::string PageCopyName(uint32_t load_bits) {
   return "copy/page of " + std::to_string(load_bits) + " bits";
 }
 
-void RegisterLoad(const std::string& name, const std::wstring& path, uint32_t bits, uint32_t rows) {
+void RegisterLoad(const std::string& name, const LazyPath& path, uint32_t bits, uint32_t rows) {
   benchmark::RegisterBenchmark(name.c_str(), Load, path, bits, rows)->Unit(benchmark::kMillisecond);
 }
 
-void RegisterLoads(const std::filesystem::path& folder) {
+void RegisterCopies() {
   for (const uint32_t bits : {24U, 8U}) {
     benchmark::RegisterBenchmark(CopyName(bits).c_str(), Copy, size_t{kSide} * kSide * bits / 8)
         ->Unit(benchmark::kMillisecond);
@@ -73,8 +130,13 @@ void RegisterLoads(const std::filesystem::path& folder) {
                                  size_t{kPageWidth} * kPageHeight * bits / 8)
         ->Unit(benchmark::kMillisecond);
   }
-  for (const LoadCase& load : LoadCases()) {
-    RegisterLoad(load.name, WriteLoadFile(load, folder), load.load_bits, kSide);
+}
+
+void RegisterLoads(const std::filesystem::path& folder, Table* table) {
+  for (const LoadCase& load : MakeCases()) {
+    RegisterLoad(load.name, LazyPath([load, folder] { return WriteLoadFile(load, folder); }), load.load_bits,
+                 kSide);
+    table->rows.push_back({load.name, CopyName(load.load_bits), {{load.bound, CopyName(load.load_bits)}}});
   }
 }
 

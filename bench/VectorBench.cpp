@@ -6,7 +6,6 @@
 #include <random>
 
 #include "Bench.h"
-#include "TaviHost.h"
 
 namespace tavi_bench {
 namespace {
@@ -62,11 +61,12 @@ void AddSegment(HostVector* vector, const Segment& s) {
 void PaintVector(benchmark::State& state) {
   HostVector vector{};
   HostVecInit(&vector);
-  for (const Segment& s : Segments()) AddSegment(&vector, s);
+  AddLines(&vector, kSegments);
   HostBitmap bitmap;
   HostCreateBitmap(&bitmap, sizeof bitmap, 1, kSide, kSide, 24, 1, nullptr, 1, nullptr, 0);
   const HostDrawingContext context = HostCreateBitmapDC(&bitmap);
   const HostRect rectangle{0, 0, 0, 0};
+  state.counters["bytes"] = 3.0 * kSide * kSide;
   for (auto _ : state) {
     if (HostVecPaint(context, &vector, 0, 0, 0, 0, &rectangle, 0, 0) != SUCCESS) {
       state.SkipWithError("the vector was not painted");
@@ -80,14 +80,19 @@ void PaintVector(benchmark::State& state) {
 
 }  // namespace
 
-void RegisterVector() {
+void AddLines(HostVector* vector, size_t count) {
+  for (size_t i = 0; i < count && i < kSegments; ++i) AddSegment(vector, Segments()[i]);
+}
+
+void RegisterVector(Table* table) {
+  constexpr double kBound = 1.5;  // times the bare strokes
   constexpr int kRepetitions = 3;
-  benchmark::RegisterBenchmark(kStrokesName, BareStrokes)
-      ->Unit(benchmark::kMillisecond)
-      ->Repetitions(kRepetitions);
-  benchmark::RegisterBenchmark(kPaintVectorName, PaintVector)
-      ->Unit(benchmark::kMillisecond)
-      ->Repetitions(kRepetitions);
+  constexpr auto kUnit = benchmark::kMillisecond;
+  const char* const strokes = "floor/Cairo, 100,000 strokes";
+  const char* const paint = "paint/vector of 100,000 lines";
+  benchmark::RegisterBenchmark(strokes, BareStrokes)->Unit(kUnit)->Repetitions(kRepetitions);
+  benchmark::RegisterBenchmark(paint, PaintVector)->Unit(kUnit)->Repetitions(kRepetitions);
+  table->rows.push_back({paint, strokes, {{kBound, strokes}}});
 }
 
 }  // namespace tavi_bench

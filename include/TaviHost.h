@@ -334,6 +334,66 @@ TAVI_HOST_API void HostMemSet(void* destination, int32_t value, uint64_t bytes);
 TAVI_HOST_API void HostTrackAdd(int32_t kind, const void* object, int32_t line, const wchar_t* unit);
 TAVI_HOST_API void HostTrackRemove(int32_t kind, const void* object, int32_t line, const wchar_t* unit);
 
+/* ---- Limits (TaviKernel) ------------------------------------------------------------------------------ */
+
+/*
+ * What a file may ask for. Each limit keeps a small file from costing minutes or all memory; HostDescribeLimit tells
+ * its name, its unit and its reason. Most grow with the data: what these earn comes on top of the limit's value. Values
+ * hold for the whole process; they may be read and set by any thread at any time and count for what is asked from then
+ * on.
+ */
+enum HostLimit {
+  HOST_LIMIT_NONE = 0,
+  HOST_LIMIT_PICTURE = 1,  /* bytes of one bitmap's pixels, and of what a decoder holds for it */
+  HOST_LIMIT_DRAWINGS = 2, /* bytes of all drawings that were read from metafiles or copied and are alive */
+  HOST_LIMIT_PAINT =
+      3, /* pixels that the drawings painted into one context cover, as often as they do; 16 layers of
+                              a larger bitmap, and 4096 for each object */
+  HOST_LIMIT_CELLS = 4,  /* cells of one metafile's arrays, patterns and tiles; 32 for each byte */
+  HOST_LIMIT_COPIES = 5, /* bytes of one metafile's copied segments; 16 for each byte */
+  HOST_LIMIT_CURVES = 6, /* steps of work for one metafile's splines; 64 for each byte */
+  HOST_LIMIT_SHAPES = 7, /* bytes of what one metafile draws; 96 for each byte */
+  HOST_LIMIT_JPEG = 8,   /* samples of one JPEG stream; 1024 for each byte */
+  HOST_LIMIT_SCANS =
+      9, /* samples that the scans of one JPEG stream behind the first go over; 4096 for each byte */
+  HOST_LIMIT_JPEG2000 =
+      10, /* bytes of memory for one JPEG 2000 stream; 288 for each byte of the first MiB, 2560 for
+                               each further one */
+  HOST_LIMIT_FAX = 11, /* rows of one fax picture; 8 for each byte */
+  HOST_LIMIT_STREAMS =
+      12, /* pixels of the streams of one image; 8 for each pixel of the image, 1 for each byte */
+  HOST_LIMIT_IMAGES = 13, /* pixels of the images of one file; 64 for each byte */
+  HOST_LIMIT_COUNT = 13   /* limits are numbered from 1 to this */
+};
+
+/* All texts are static. */
+typedef struct HostLimitRecord {
+  const char* name;   /* one lower-case word, digits at most behind it: "picture" */
+  const char* unit;   /* what the value counts: "bytes" */
+  const char* reason; /* what is limited and why, in a line without a full stop */
+  uint64_t preset;    /* the value until HostSetLimit changes it */
+  int32_t status;     /* what a refusal ends in: ERR_NO_MEMORY or ERR_FILE_FORMAT */
+} HostLimitRecord;
+
+/* What is known of a limit; null for a number outside 1 to HOST_LIMIT_COUNT. */
+TAVI_HOST_API const HostLimitRecord* HostDescribeLimit(uint32_t limit);
+/* The value of a limit. Unknown numbers have the value 0 and cannot be set. A larger value lets more pass and takes no
+   memory by itself; the largest number switches the limit off. */
+TAVI_HOST_API void HostSetLimit(uint32_t limit, uint64_t value);
+TAVI_HOST_API uint64_t HostGetLimit(uint32_t limit);
+/* 1 when `asked` is no more than the value of the limit and `earned` together. Otherwise 0, and HostLimitHit of this
+   thread yields the limit: whoever refuses asks here. */
+TAVI_HOST_API int32_t HostWithinLimit(uint32_t limit, uint64_t asked, uint64_t earned);
+/*
+ * The limit that refused something last on this thread; HOST_LIMIT_NONE when none did since that was forgotten: by
+ * HostForgetLimitHit; when an operation begins that limits bear on (HostCreateBitmap, HostLoadMemory, HostColorMerge,
+ * and those that load, copy, paint or add to a vector); and when a block of HostAllocMem and its kind, or of global
+ * memory, cannot be had. So behind a failure of one of these with the limit's own status (HostDescribeLimit) it was
+ * the limit, and behind want of memory there is none.
+ */
+TAVI_HOST_API uint32_t HostLimitHit(void);
+TAVI_HOST_API void HostForgetLimitHit(void);
+
 /* ---- Files (TaviKernel) ------------------------------------------------------------------------------- */
 
 /* Opens a file as raw bytes: flags 0x8000 with mode 0x100 for reading, flags 33538 (0x8302) with mode 128 to
@@ -484,8 +544,10 @@ TAVI_HOST_API int32_t HostVecLoadMemory(const void* data, HostVector* vector, ui
 /*
  * Writes the drawing as a binary CGM of version 1 (format 62) into a new global memory block, which the caller releases
  * with HostGlobalFree. Coordinates are whole pixels, y downward; the drawing's bounds are mapped to the viewport when
- * one was set. `options` may be null. Status: ERR_NULL_ARGUMENT; ERR_INVALID_VECTOR for an empty vector;
- * ERR_NOT_SUPPORTED for another format; ERR_NO_MEMORY. A failure leaves `block` null and `size` 0.
+ * one was set. Without one a drawing read from a real-valued metafile becomes a real-valued one again. Dashes, ends and
+ * joins of lines that version 1 has no word for are told in elements of version 3, which readers of version 1 skip.
+ * `options` may be null. Status: ERR_NULL_ARGUMENT; ERR_INVALID_VECTOR for an empty vector; ERR_NOT_SUPPORTED for
+ * another format; ERR_NO_MEMORY. A failure leaves `block` null and `size` 0.
  */
 TAVI_HOST_API int32_t HostVecSaveMemory(HostGlobalMemory* block, const HostVector* vector, uint32_t format,
                                         uint64_t* size, const HostSaveOptionsRecord* options);
@@ -658,14 +720,13 @@ TAVI_HOST_API void HostSetDebugSink(HostDebugSink sink, void* user);
 TAVI_HOST_API int32_t HostVecExport(HostGlobalMemory* block, const HostVector* vector, uint32_t kind,
                                     uint64_t* size);
 
-/* The largest pixel memory, in bytes, that one bitmap may take; larger ones are refused with ERR_NO_MEMORY.
-   The default is 2 GiB (a 24-bit picture of 26,000 x 26,000): a file of a few hundred bytes can claim far
-   more. */
+/* HOST_LIMIT_PICTURE: the largest pixel memory, in bytes, that one bitmap may take; larger ones are refused with
+   ERR_NO_MEMORY. The default is 2 GiB, a 24-bit picture of 26,000 x 26,000. */
 TAVI_HOST_API void HostSetBitmapLimit(uint64_t bytes);
 TAVI_HOST_API uint64_t HostGetBitmapLimit(void);
 
-/* The bytes that all drawings of the process may hold together, as far as they were read from metafiles or copied; a
-   load or a copy beyond ends in ERR_NO_MEMORY. The default is 256 MiB, some thousand times what annotations take. */
+/* HOST_LIMIT_DRAWINGS: the bytes that all drawings of the process may hold together; a load or a copy beyond ends in
+   ERR_NO_MEMORY. The default is 256 MiB, some thousand times what annotations take. */
 TAVI_HOST_API void HostSetVectorLimit(uint64_t bytes);
 TAVI_HOST_API uint64_t HostGetVectorLimit(void);
 

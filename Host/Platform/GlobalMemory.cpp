@@ -26,6 +26,7 @@ bool IsGlobal(HostGlobalMemory block) {
 }  // namespace
 
 int32_t MakeGlobal(std::span<const uint8_t> bytes, HostGlobalMemory* block, uint64_t* size) noexcept {
+  HostForgetLimitHit();  // what fails here fails for want of memory
   if (block == nullptr) return ERR_NULL_ARGUMENT;
   *block = nullptr;
   if (size != nullptr) *size = 0;

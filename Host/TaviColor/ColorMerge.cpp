@@ -134,6 +134,7 @@ using namespace tavi::host;
 
 int32_t HostColorMerge(HostBitmap* destination, HostBitmap* const* bands, uint64_t record_size,
                        uint32_t flags) {
+  HostForgetLimitHit();
   if (destination == nullptr || bands == nullptr) return ERR_NULL_ARGUMENT;
   if (record_size != sizeof *destination) return ERR_INVALID_PARAMETER;
   if (flags != 0) return ERR_NOT_SUPPORTED;

@@ -52,6 +52,12 @@ std::unique_ptr<uint32_t[]> MapColumns(const Axis& axis) {
   return map;
 }
 
+// Whether the rows can be kept as the bits that they come from: then they are expanded when they are looked at.
+bool BeginFolding(const RowPipe& pipe, const PixelView& target, const Columns& columns) {
+  return pipe.bits() != nullptr && columns.map == nullptr && columns.source % 8 == 0 &&
+         target.memory != nullptr && target.memory->BeginFolding(*pipe.bits(), columns.count);
+}
+
 }  // namespace
 
 int32_t Paint(HostDrawingContext context, const HostBitmap* bitmap, const HostRect* rectangle,
@@ -74,10 +80,15 @@ int32_t Paint(HostDrawingContext context, const HostBitmap* bitmap, const HostRe
   }
   RowPipe pipe(source, target, key);
   const bool whole = key == nullptr && across.count() == target.width;
+  const bool folds = whole && BeginFolding(pipe, target, columns);
   for (uint32_t y = down.first(); y < down.first() + down.count(); ++y) {
     const uint8_t* const from = source.ReadRow(source.StorageRow(down.SourceOf(y)));
     const uint32_t row = target.StorageRow(y);
-    pipe.Move(from, whole ? target.ReplaceRow(row) : target.ChangeRow(row), columns);
+    if (folds) {
+      target.memory->PutFolded(row, from + columns.source / 8);
+    } else {
+      pipe.Move(from, whole ? target.ReplaceRow(row) : target.ChangeRow(row), columns);
+    }
   }
   if (target.sample_order == SampleOrder::kUnknown) SetSampleOrder(context->bitmap, SampleOrder::kNative);
   return SUCCESS;

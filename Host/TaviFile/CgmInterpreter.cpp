@@ -124,7 +124,7 @@ void Interpreter::CopySegment(int64_t name, const Affine& transform) {
   const auto segment = segments.find(name);
   if (segment == segments.end() || phase != Phase::kBody || copy_depth_ >= kCopyDepth) return;
   copied_bytes_ += segment->second.size();
-  if (copied_bytes_ > kFreeCopiedBytes + kCopiesPerByte * metafile_.size()) throw LimitExceeded();
+  KeepWithin(HOST_LIMIT_COPIES, copied_bytes_, kCopiesPerByte);
   const Affine outer = copied_;
   const Attributes before = now;
   const Coding precisions = coding;
@@ -149,21 +149,25 @@ void Interpreter::NameLayer(const std::string& name) {
   }
 }
 
+void Interpreter::KeepWithin(HostLimit limit, uint64_t total, uint64_t per_byte) const {
+  if (!IsWithin(limit, total, per_byte * metafile_.size())) throw LimitExceeded();
+}
+
 void Interpreter::ChargeCells(uint64_t columns, uint64_t rows) {
-  const uint64_t most = kFreeCells + kCellsPerByte * metafile_.size();
-  if (columns > most || rows > most || columns * rows > most - cells_) throw LimitExceeded();
-  cells_ += columns * rows;
-  ChargeBytes(columns * rows * sizeof(uint32_t));
+  const uint64_t cells = Times(columns, rows);
+  cells_ = Plus(cells_, cells);
+  KeepWithin(HOST_LIMIT_CELLS, cells_, kCellsPerByte);
+  ChargeBytes(Times(cells, sizeof(uint32_t)));
 }
 
 void Interpreter::ChargeBytes(uint64_t bytes) {
-  drawn_bytes_ += bytes;
-  if (drawn_bytes_ > kFreeDrawingBytes + kDrawingBytesPerByte * metafile_.size()) throw LimitExceeded();
+  drawn_bytes_ = Plus(drawn_bytes_, bytes);
+  KeepWithin(HOST_LIMIT_SHAPES, drawn_bytes_, kDrawingBytesPerByte);
 }
 
 void Interpreter::ChargeSplineSteps(uint64_t steps) {
-  spline_steps_ += steps;
-  if (spline_steps_ > kFreeSplineSteps + kSplineStepsPerByte * metafile_.size()) throw LimitExceeded();
+  spline_steps_ = Plus(spline_steps_, steps);
+  KeepWithin(HOST_LIMIT_CURVES, spline_steps_, kSplineStepsPerByte);
 }
 
 // The axes are turned so that the picture stands upright with y upward.

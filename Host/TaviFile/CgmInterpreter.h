@@ -16,6 +16,7 @@
 #include "TaviFile/CgmPath.h"
 #include "TaviFile/CgmState.h"
 #include "TaviFile/CgmTiles.h"
+#include "TaviKernel/Limits.h"
 #include "TaviVector/Drawing.h"
 
 namespace tavi::host::cgm {
@@ -109,6 +110,8 @@ class Interpreter {
   uint32_t Resolve(ColorRef color) const { return tables.colors.Resolve(color); }
 
  private:
+  // Throws LimitExceeded when the total is beyond the limit and what the metafile's bytes earn.
+  void KeepWithin(HostLimit limit, uint64_t total, uint64_t per_byte) const;
   void Walk(Bytes elements);
   void Execute(const Element& element);
   bool IsIgnored(const Element& element) const;

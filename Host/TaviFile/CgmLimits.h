@@ -1,5 +1,6 @@
-// What a metafile may ask for. All limits grow with the bytes of the metafile, so that a small hostile file stays cheap
-// and a large honest one is read whole. A picture beyond one of the totals ends in ERR_NO_MEMORY.
+// What a metafile may ask for. The totals of a picture are limits of the host (HOST_LIMIT_CELLS and so on); all grow with
+// the bytes of the metafile, so that a small hostile file stays cheap and a large honest one is read whole, and a picture
+// beyond one of them ends in ERR_NO_MEMORY. Here stand what a byte earns, and the bounds of the reader itself.
 #pragma once
 
 #include <cstddef>
@@ -7,15 +8,15 @@
 
 namespace tavi::host::cgm {
 
-// Cells of all cell arrays, patterns and tiles together. Run lengths can name far more cells than their bytes: a million
-// (4 MB) are granted to any file, and 32 for each byte, four times what packed bits need.
-inline constexpr uint64_t kFreeCells = 1'048'576;
+// Cells of all cell arrays, patterns and tiles together: four times what packed bits need.
 inline constexpr uint64_t kCellsPerByte = 32;
-
-// Bytes of elements read again because segments are copied. A segment that copies others twice each would double at
-// every level.
-inline constexpr uint64_t kFreeCopiedBytes = 65'536;
+// Bytes of elements read again because segments are copied.
 inline constexpr uint64_t kCopiesPerByte = 16;
+// Steps of work for all splines together. The highest order takes 56 for each byte: only copies of segments take more.
+inline constexpr uint64_t kSplineStepsPerByte = 64;
+// What the drawing holds, in bytes. Metafiles without copies stay below by far.
+inline constexpr uint64_t kDrawingBytesPerByte = 96;
+
 // Copies within copies: deeper than any drawing nests its symbols.
 inline constexpr int kCopyDepth = 8;
 
@@ -28,20 +29,12 @@ inline constexpr uint32_t kColorTableEntries = 65536;
 
 // Order of a B-spline: the work for a point grows with its square, and curves above the fifth are never met.
 inline constexpr int64_t kLargestSplineOrder = 8;
-// Steps of work for all splines together. The highest order takes 56 for each byte: only copies of segments take more.
-inline constexpr uint64_t kFreeSplineSteps = 20'000'000;
-inline constexpr uint64_t kSplineStepsPerByte = 64;
 // Straight pieces for each span of a spline, and for an arc of a hyperbola.
 inline constexpr int kPiecesPerSpan = 16;
 inline constexpr int kHyperbolaPieces = 64;
 
 // Lengths of a line type that the metafile defines: as many as the painter draws. Every stroke of the type has them all.
 inline constexpr size_t kDashLengths = 64;
-
-// What the drawing holds, in bytes: segments copied again and again grow into strokes and points of many times their
-// size. Metafiles without copies stay below by far.
-inline constexpr uint64_t kFreeDrawingBytes = uint64_t{32} << 20;
-inline constexpr uint64_t kDrawingBytesPerByte = 96;
 
 // Saved contexts of attributes, each some hundred bytes for an element of four.
 inline constexpr size_t kSavedContexts = 1024;

@@ -26,6 +26,7 @@ int32_t Load(Bytes metafile, HostVector* vector) {
 
 extern "C" int32_t HostVecLoadMemory(const void* data, HostVector* vector, uint64_t size,
                                      HostLoadFlagsRecord*, uint32_t) {
+  HostForgetLimitHit();
   if (vector == nullptr) return ERR_NULL_ARGUMENT;
   if (data == nullptr || size == 0) return ERR_FILE_FORMAT;
   try {

@@ -372,6 +372,7 @@ void Interpreter::ResolveNominalSizes() {
   double side =
       covered_.IsEmpty() ? 0 : std::max(covered_.high.x - covered_.low.x, covered_.high.y - covered_.low.y);
   double text_height = kPixelText;
+  drawing_.real_units = coding.vdc_is_real;
   if (coding.vdc_is_real || side > kPixelPicture) {
     if (side <= 0) side = frame.Side(true);
     drawing_.nominal_width = side / kLineShare;

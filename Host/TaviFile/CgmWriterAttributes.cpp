@@ -24,7 +24,7 @@ constexpr const char* kSansNames[] = {"HELVETICA", "HELVETICA_OBLIQUE", "HELVETI
 constexpr const char* kSerifNames[] = {"TIMES_ROMAN", "TIMES_ITALIC", "TIMES_BOLD", "TIMES_BOLD_ITALIC"};
 constexpr const char* kMonoNames[] = {"COURIER", "COURIER_ITALIC", "COURIER_BOLD", "COURIER_BOLD_ITALIC"};
 
-// Version 1 knows five line types: dashes of other lengths become the type with as many of them.
+// Version 1 knows five line types: the nearest to dashes of other lengths is the one with as many of them.
 LineType KnownType(const Stroke& stroke) {
   if (stroke.type != LineType::kCustom) return stroke.type;
   if (stroke.dashes.empty()) return LineType::kSolid;
@@ -35,7 +35,7 @@ LineType KnownType(const Stroke& stroke) {
 }
 
 // Whole numbers in the proportions of the vectors' components. Vectors that are whole stay as they are.
-std::array<int32_t, 4> WholeVectors(const std::array<double, 4>& components) {
+std::array<double, 4> WholeVectors(std::array<double, 4> components) {
   constexpr double kLongest = 32000;
   double largest = 0;
   bool whole = true;
@@ -44,10 +44,8 @@ std::array<int32_t, 4> WholeVectors(const std::array<double, 4>& components) {
     whole = whole && component == std::floor(component);
   }
   const double factor = (whole && largest <= kLongest) || largest == 0 ? 1 : kLongest / largest;
-  std::array<int32_t, 4> rounded{};
-  std::transform(components.begin(), components.end(), rounded.begin(),
-                 [factor](double component) { return ToVdc(component * factor); });
-  return rounded;
+  for (double& component : components) component = ToVdc(component * factor);
+  return components;
 }
 
 template <class Value>
@@ -139,10 +137,41 @@ void AttributeWriter::SetGap(const GapWish& gap) {
   if (*gap) Put(code::kAuxiliaryColor, &auxiliary_, **gap);
 }
 
+int64_t AttributeWriter::LineTypeOf(const Stroke& stroke) const {
+  return lists_.dashes.TypeOf(stroke).value_or(static_cast<int64_t>(KnownType(stroke)) + 1);
+}
+
+// Readers that do not know types of a metafile's own stay with the nearest fixed one.
 void AttributeWriter::SetStroke(const Stroke& stroke, const StrokeCodes& codes, StrokeState* state) {
   PutVdc(codes.width, &state->width, drawing_.WidthOf(stroke));
-  Put(codes.type, &state->type, static_cast<int64_t>(KnownType(stroke)) + 1);
+  const int64_t type = LineTypeOf(stroke);
+  if (type < 0 && state->type != type)
+    Put(codes.type, &state->type, static_cast<int64_t>(KnownType(stroke)) + 1);
+  Put(codes.type, &state->type, type);
   Put(codes.color, &state->color, stroke.color);
+  SetEnds(stroke, codes, state);
+}
+
+// Metafiles without a word of it, as those of version 1, have butt ends and mitred corners. Limits that only corners
+// sharper than any in practice come to are none.
+void AttributeWriter::SetEnds(const Stroke& stroke, const StrokeCodes& codes, StrokeState* state) {
+  constexpr double kSharp = 10;
+  if (state->cap != stroke.cap) {
+    constexpr int64_t kMatch = 3;  // dashes end as lines do
+    out_.Begin(codes.cap);
+    out_.Integer(static_cast<int64_t>(stroke.cap) + 2);
+    out_.Integer(kMatch);
+    out_.End();
+    state->cap = stroke.cap;
+  }
+  if (state->join != stroke.join) {
+    out_.Begin(codes.join);
+    out_.Integer(static_cast<int64_t>(stroke.join) + 2);
+    out_.End();
+    state->join = stroke.join;
+  }
+  if (stroke.join != LineJoin::kMitre) return;
+  PutReal(code::kMitreLimit, &mitre_limit_, stroke.mitre_limit < kSharp ? stroke.mitre_limit : kNoMitreLimit);
 }
 
 void AttributeWriter::SetArea(const Fill* fill, const Stroke* edge) {
@@ -158,8 +187,9 @@ void AttributeWriter::SetFill(const Fill* fill) {
   Put(code::kInteriorStyle, &interior_, static_cast<int64_t>(interior));
   if (interior != Interior::kHatch) return;
   Put(code::kHatchIndex, &hatch_, static_cast<int64_t>(fill->hatch));
-  // The profile knows no reference point: hatches have theirs only where a pattern has moved it.
-  if (fill_reference_) SetReference(*fill);
+  // The profile knows no reference point. One so far away that it alone would make all coordinates wide is left out:
+  // the hatch is the same then, and only begins elsewhere.
+  if (out_.Fits(ToVdc(fill->origin.x)) && out_.Fits(ToVdc(-fill->origin.y))) SetReference(*fill);
 }
 
 // False for a pattern that version 1 cannot name or hold.
@@ -211,9 +241,13 @@ void AttributeWriter::SetMarker(const MarkerStyle& style) {
   Put(code::kMarkerColor, &marker_color_, style.color);
 }
 
+void AttributeWriter::SetCharacters(bool unicode) {
+  Put(code::kCharacterSetIndex, &character_set_, unicode ? kUnicodeSet : kLatinSet);
+}
+
 int64_t AttributeWriter::FontIndex(const Font& font) const {
-  const auto found = std::find(fonts_.begin(), fonts_.end(), font);
-  return found != fonts_.end() ? found - fonts_.begin() + 1 : 1;
+  const auto found = std::find(lists_.fonts.begin(), lists_.fonts.end(), font);
+  return found != lists_.fonts.end() ? found - lists_.fonts.begin() + 1 : 1;
 }
 
 void AttributeWriter::SetText(const TextStyle& style, bool fitted, bool goes_on) {
@@ -229,8 +263,12 @@ void AttributeWriter::SetText(const TextStyle& style, bool fitted, bool goes_on)
 }
 
 void AttributeWriter::SetDirections(const TextStyle& style) {
-  PutVdcs(code::kCharacterOrientation, &orientation_,
-          WholeVectors({style.up.x, -style.up.y, style.base.x, -style.base.y}));
+  const std::array<double, 4> components{style.up.x, -style.up.y, style.base.x, -style.base.y};
+  const std::array<double, 4> vectors = out_.is_real() ? components : WholeVectors(components);
+  if (!Changes(&orientation_, vectors)) return;
+  out_.Begin(code::kCharacterOrientation);
+  for (const double component : vectors) out_.Direction(component);
+  out_.End();
 }
 
 void AttributeWriter::SetPlacing(const TextStyle& style) {

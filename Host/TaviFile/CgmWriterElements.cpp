@@ -1,6 +1,8 @@
 #include "TaviFile/CgmWriterElements.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -24,6 +26,9 @@ int32_t ToVdc(double value) {
 }
 
 void ElementWriter::Begin(ElementCode code) {
+  constexpr std::array kLater{code::kLineTypeDefinition, code::kMitreLimit, code::kLineCap,
+                              code::kLineJoin,           code::kEdgeCap,    code::kEdgeJoin};
+  if (std::find(kLater.begin(), kLater.end(), code) != kLater.end()) later_elements_.insert(code);
   code_ = code;
   list_.clear();
 }
@@ -59,6 +64,11 @@ void ElementWriter::Word(uint32_t value) {
   Octet(value);
 }
 
+void ElementWriter::Words(uint32_t value) {
+  Word(value >> 16);
+  Word(value);
+}
+
 void ElementWriter::Integer(int64_t value) {
   Word(static_cast<uint32_t>(std::clamp<int64_t>(value, INT16_MIN, INT16_MAX)));
 }
@@ -66,12 +76,26 @@ void ElementWriter::Integer(int64_t value) {
 void ElementWriter::Vdc(int32_t value) {
   const int32_t narrow = std::clamp<int32_t>(value, INT16_MIN, INT16_MAX);
   needs_wide_vdc_ = needs_wide_vdc_ || narrow != value;
-  if (vdc_bytes_ == 2) {
+  if (real_) {
+    Float(value / unit_);
+  } else if (vdc_bytes_ == 2) {
     Word(static_cast<uint32_t>(narrow));
   } else {
-    Word(static_cast<uint32_t>(value) >> 16);
-    Word(static_cast<uint32_t>(value));
+    Words(static_cast<uint32_t>(value));
   }
+}
+
+void ElementWriter::Direction(double value) {
+  if (real_) {
+    Float(value);
+  } else {
+    Vdc(ToVdc(value));
+  }
+}
+
+void ElementWriter::Float(double value) {
+  constexpr double kLargest = std::numeric_limits<float>::max();
+  Words(std::bit_cast<uint32_t>(static_cast<float>(std::clamp(value, -kLargest, kLargest))));
 }
 
 void ElementWriter::PointOf(vec::Point point) {
@@ -82,8 +106,7 @@ void ElementWriter::PointOf(vec::Point point) {
 // Fixed point: the whole part, rounded down, and 65536ths.
 void ElementWriter::Real(double value) {
   const int32_t fixed = ToVdc(value * 65536);
-  Word(static_cast<uint32_t>(fixed) >> 16);
-  Word(static_cast<uint32_t>(fixed));
+  Words(static_cast<uint32_t>(fixed));
 }
 
 void ElementWriter::Color(uint32_t color) {
@@ -107,6 +130,10 @@ void ElementWriter::String(std::string_view text) {
     Word(static_cast<uint32_t>(chunk.size()) | (text.empty() ? 0 : kMoreFollows));
     list_.insert(list_.end(), chunk.begin(), chunk.end());
   }
+}
+
+void ElementWriter::Elements(const ElementWriter& other) {
+  list_.insert(list_.end(), other.bytes_.begin(), other.bytes_.end());
 }
 
 void ElementWriter::Align() {

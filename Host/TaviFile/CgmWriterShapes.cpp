@@ -12,9 +12,6 @@ namespace {
 
 using namespace vec;
 
-// How far straight lines may stray from the curve that they stand for, in units, which points are rounded to.
-constexpr double kTolerance = 0.25;
-
 enum EdgeOut : int64_t { kInvisible, kVisible, kCloseInvisible, kCloseVisible };
 
 bool SamePlace(Point a, Point b) {
@@ -30,7 +27,7 @@ std::vector<Point> Thinned(const std::vector<Point>& points) {
   return kept;
 }
 
-std::vector<Point> Flatten(const Contour& contour) {
+std::vector<Point> Flatten(const Contour& contour, double tolerance) {
   std::vector<Point> points{contour.start};
   for (const auto& curve : contour.curves) {
     const Point from = points.back();
@@ -38,7 +35,7 @@ std::vector<Point> Flatten(const Contour& contour) {
     if (straight) {
       points.push_back(curve[2]);
     } else {
-      FlattenCurve(from, curve, kTolerance, &points);
+      FlattenCurve(from, curve, tolerance, &points);
     }
   }
   return Thinned(points);
@@ -112,6 +109,13 @@ std::string Latin1Of(const std::string& utf8) {
     text.push_back(value < 0x100 ? static_cast<char>(value) : '?');
   }
   return text;
+}
+
+bool IsLatin1(const std::string& utf8) {
+  for (size_t at = 0; at < utf8.size();) {
+    if (Decode(utf8, &at) >= 0x100) return false;
+  }
+  return true;
 }
 
 void ShapeWriter::Write(const Shape& shape) {
@@ -284,7 +288,7 @@ void ShapeWriter::WriteArcElement(const Arc& arc) {
 
 void ShapeWriter::WriteFlattened(const Arc& arc) {
   std::vector<Point> points =
-      Thinned(FlattenArc(arc.centre, arc.a, arc.b, arc.start, TameSweep(arc.sweep), kTolerance));
+      Thinned(FlattenArc(arc.centre, arc.a, arc.b, arc.start, TameSweep(arc.sweep), tolerance_));
   if (arc.closure == Closure::kPie) points.push_back(arc.centre);
   if (arc.closure != Closure::kOpen) {
     WriteRings({Ring{points, {}}});
@@ -298,14 +302,14 @@ void ShapeWriter::Put(const Figure& figure) {
   const bool lines = FillAt(figure.style.fill) == nullptr && StrokeAt(figure.style.edge) == nullptr;
   if (lines) {
     for (const Contour& contour : figure.contours) {
-      Polyline line{Flatten(contour), figure.stroke};
+      Polyline line{Flatten(contour, tolerance_), figure.stroke};
       if (contour.closed) line.points.push_back(line.points[0]);
       Put(line);
     }
     return;
   }
   Polygon polygon;
-  for (const Contour& contour : figure.contours) polygon.rings.push_back({Flatten(contour), {}});
+  for (const Contour& contour : figure.contours) polygon.rings.push_back({Flatten(contour, tolerance_), {}});
   polygon.style = figure.style;
   Put(polygon);
 }
@@ -321,6 +325,8 @@ void ShapeWriter::Put(const Text& text) {
     const TextSpan& span = text.spans[i];
     if (span.style < drawing_.texts.size())
       attributes_.SetText(drawing_.texts[span.style], text.fit.has_value(), i != 0);
+    const bool latin = IsLatin1(span.text);
+    attributes_.SetCharacters(!latin);
     if (i != 0) {
       out_.Begin(code::kAppendText);
     } else if (text.fit) {
@@ -332,7 +338,7 @@ void ShapeWriter::Put(const Text& text) {
     }
     if (i == 0) out_.PointOf(text.at);
     out_.Integer(i + 1 == text.spans.size());
-    out_.String(Latin1Of(span.text));
+    out_.String(latin ? Latin1Of(span.text) : span.text);
     out_.End();
   }
 }

@@ -14,11 +14,14 @@ namespace tavi::host::cgm {
 
 // The text in Latin-1, with question marks for what that lacks.
 std::string Latin1Of(const std::string& utf8);
+// Whether it lacks nothing.
+bool IsLatin1(const std::string& utf8);
 
 class ShapeWriter {
  public:
-  ShapeWriter(const vec::Drawing& drawing, AttributeWriter* attributes, ElementWriter* out)
-      : drawing_(drawing), attributes_(*attributes), out_(*out) {}
+  // Straight lines may stray by the tolerance from the curve that they stand for.
+  ShapeWriter(const vec::Drawing& drawing, double tolerance, AttributeWriter* attributes, ElementWriter* out)
+      : drawing_(drawing), tolerance_(tolerance), attributes_(*attributes), out_(*out) {}
 
   void Write(const vec::Shape& shape);
 
@@ -60,6 +63,7 @@ class ShapeWriter {
   void WriteSeenCells(const vec::CellArray& cells);
 
   const vec::Drawing& drawing_;
+  double tolerance_;
   AttributeWriter& attributes_;
   ElementWriter& out_;
 };

@@ -9,13 +9,14 @@
 #include "TaviFile/Codec.h"
 #include "TaviFile/FaxStream.h"
 #include "TaviKernel/BitmapRecord.h"
+#include "TaviKernel/Limits.h"
 #include "TaviKernel/PixelView.h"
 
 namespace tavi::host {
 namespace {
 
-// A blank line takes a bit at least; short data may claim a page of moderate size all the same.
-constexpr uint64_t kRowsForNothing = 65536;
+// A blank line takes a bit at least.
+constexpr uint64_t kRowsPerByte = 8;
 // The decoder's tables for each pixel of a line.
 constexpr uint64_t kTableBytes = 32;
 
@@ -237,11 +238,11 @@ Outcome DecodeBest(Bytes data, const FaxLayout& layout, const PixelView& view) {
 
 int32_t CheckClaim(const FaxLayout& layout, uint64_t bytes) {
   if (layout.width == 0 || layout.height == 0) return ERR_INVALID_PARAMETER;
-  if (layout.width > HostGetBitmapLimit() / kTableBytes) return ERR_NO_MEMORY;
-  if (BytesPerLine(1, layout.width) * layout.height > HostGetBitmapLimit()) return ERR_NO_MEMORY;
+  const uint64_t tables = layout.width * kTableBytes;
+  const uint64_t rows = BytesPerLine(1, layout.width) * layout.height;
+  if (!IsWithin(HOST_LIMIT_PICTURE, std::max(tables, rows))) return ERR_NO_MEMORY;
   // Each row costs time, however narrow, and a decoder goes on behind the end of the data.
-  if (layout.height > kRowsForNothing + 8 * bytes) return ERR_FILE_FORMAT;
-  return SUCCESS;
+  return IsWithin(HOST_LIMIT_FAX, layout.height, kRowsPerByte * bytes) ? SUCCESS : ERR_FILE_FORMAT;
 }
 
 // A bitmap of the right shape is decoded into as it is, palette and all; otherwise a new one is made.

@@ -28,56 +28,75 @@ using ImageOwner = std::unique_ptr<opj_image_t, ImageDeleter>;
 
 // ---- The stream in memory
 
-// The stream, but for four bytes of it: the length of a tile-part that claims more than there is.
-struct MemorySource {
-  Bytes bytes;
-  uint64_t at = 0;
-  uint64_t replaced_at = 0;  // 0: nothing is
-  std::array<uint8_t, 4> replacement{};
+// The stream up to its codestream's end, but for the lengths of tile-parts that run beyond that: the decoder would ask
+// for as much memory as they say. Data hold no FF 90; what looks like a tile-part in a comment may be changed as well.
+class MemorySource {
+ public:
+  MemorySource(const Jpeg2000Stream& picture, Bytes stream)
+      : bytes_(stream.first(static_cast<size_t>(picture.codestream.data() - stream.data()) +
+                            picture.codestream.size())) {}
 
-  void CopyTo(uint8_t* buffer, uint64_t count) const {
-    std::memcpy(buffer, bytes.data() + at, count);
-    for (uint64_t i = 0; replaced_at != 0 && i < replacement.size(); ++i) {
-      const uint64_t place = replaced_at + i;
-      if (place >= at && place - at < count) buffer[place - at] = replacement[i];
+  uint64_t size() const { return bytes_.size(); }
+  uint64_t left() const { return bytes_.size() - at_; }
+  void MoveTo(uint64_t at) { at_ = at; }
+  void Skip(uint64_t count) { at_ += count; }
+  void Read(uint8_t* buffer, uint64_t count) {
+    std::memcpy(buffer, bytes_.data() + at_, count);
+    ShortenParts(buffer, count);
+    at_ += count;
+  }
+
+ private:
+  void ShortenParts(uint8_t* buffer, uint64_t count) const {
+    constexpr std::array<uint8_t, 4> kStart = {0xFF, 0x90, 0x00, 0x0A};  // the marker and its own length
+    constexpr uint64_t kLengthAt = 6;                                    // behind the tile's number
+    constexpr uint64_t kLengthEnd = kLengthAt + 4;
+    const uint64_t window_end = at_ + count;
+    uint64_t part = at_ - std::min(at_, kLengthEnd - 1);
+    while (true) {
+      const auto found =
+          std::search(bytes_.begin() + static_cast<ptrdiff_t>(part),
+                      bytes_.begin() + static_cast<ptrdiff_t>(window_end), kStart.begin(), kStart.end());
+      part = static_cast<uint64_t>(found - bytes_.begin());
+      if (part >= window_end || bytes_.size() - part < kLengthEnd) return;
+      const uint64_t most = bytes_.size() - part;
+      uint64_t claimed = 0;
+      for (uint64_t i = kLengthAt; i < kLengthEnd; ++i) claimed = claimed << 8 | bytes_[part + i];
+      for (uint64_t i = kLengthAt; claimed > most && i < kLengthEnd; ++i) {
+        const uint64_t place = part + i;
+        if (place >= at_ && place < window_end) {
+          buffer[place - at_] = static_cast<uint8_t>(most >> 8 * (kLengthEnd - 1 - i));
+        }
+      }
+      part += kStart.size();
     }
   }
-};
 
-MemorySource SourceOf(const Jpeg2000Stream& picture, Bytes stream) {
-  MemorySource source{picture.is_jp2 ? stream : picture.codestream};
-  if (picture.overrun_at == 0) return source;
-  source.replaced_at =
-      static_cast<uint64_t>(picture.codestream.data() - source.bytes.data()) + picture.overrun_at;
-  for (uint32_t i = 0; i < 4; ++i) {
-    source.replacement[i] = static_cast<uint8_t>(picture.overrun_left >> (24 - 8 * i));
-  }
-  return source;
-}
+  Bytes bytes_;
+  uint64_t at_ = 0;
+};
 
 OPJ_SIZE_T ReadSource(void* buffer, OPJ_SIZE_T size, void* user) {
   auto* const source = static_cast<MemorySource*>(user);
-  const OPJ_SIZE_T count = std::min<OPJ_SIZE_T>(size, source->bytes.size() - source->at);
+  const uint64_t count = std::min<uint64_t>(size, source->left());
   if (count == 0) return static_cast<OPJ_SIZE_T>(-1);  // the library's sign for the end
-  source->CopyTo(static_cast<uint8_t*>(buffer), count);
-  source->at += count;
+  source->Read(static_cast<uint8_t*>(buffer), count);
   return count;
 }
 
 OPJ_OFF_T SkipSource(OPJ_OFF_T count, void* user) {
   auto* const source = static_cast<MemorySource*>(user);
   if (count < 0) return -1;
-  const uint64_t left = source->bytes.size() - source->at;
-  const uint64_t moved = std::min(static_cast<uint64_t>(count), left);
+  const uint64_t moved = std::min(static_cast<uint64_t>(count), source->left());
   if (moved == 0 && count != 0) return -1;
-  source->at += moved;
+  source->Skip(moved);
   return static_cast<OPJ_OFF_T>(moved);
 }
 
 OPJ_BOOL SeekSource(OPJ_OFF_T to, void* user) {
   auto* const source = static_cast<MemorySource*>(user);
-  if (to < 0 || static_cast<uint64_t>(to) > source->bytes.size()) return OPJ_FALSE;
-  source->at = static_cast<uint64_t>(to);
+  if (to < 0 || static_cast<uint64_t>(to) > source->size()) return OPJ_FALSE;
+  source->MoveTo(static_cast<uint64_t>(to));
   return OPJ_TRUE;
 }
 
@@ -86,7 +105,7 @@ StreamOwner OpenSource(MemorySource* source) {
   StreamOwner stream(opj_stream_create(kLargestBuffer, OPJ_TRUE));
   if (stream == nullptr) return stream;
   opj_stream_set_user_data(stream.get(), source, nullptr);
-  opj_stream_set_user_data_length(stream.get(), source->bytes.size());
+  opj_stream_set_user_data_length(stream.get(), source->size());
   opj_stream_set_read_function(stream.get(), ReadSource);
   opj_stream_set_skip_function(stream.get(), SkipSource);
   opj_stream_set_seek_function(stream.get(), SeekSource);
@@ -132,7 +151,7 @@ uint64_t HeldSamples(const Jpeg2000Stream& picture, const Selection& selection) 
 
 int32_t DecodeImage(const Jpeg2000Stream& picture, Bytes stream, const Selection& selection,
                     ImageOwner* image) {
-  MemorySource source = SourceOf(picture, stream);
+  MemorySource source(picture, picture.is_jp2 ? stream : picture.codestream);
   const StreamOwner reader = OpenSource(&source);
   const CodecOwner codec(opj_create_decompress(picture.is_jp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
   if (reader == nullptr || codec == nullptr) return ERR_NO_MEMORY;

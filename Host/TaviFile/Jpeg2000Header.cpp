@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "TaviFile/Plausible.h"
 
@@ -148,19 +149,29 @@ void ReadMarker(uint32_t marker, Bytes segment, Jpeg2000Stream* picture) {
   }
 }
 
-// From behind SIZ to the last tile-part's header. Stops without complaint where the stream does.
+// The markers that OpenJPEG 2.5 knows in headers; the list was found by asking it about each.
+bool IsKnown(uint32_t marker) {
+  constexpr uint8_t kKnown[] = {0x50, 0x51, 0x52, 0x53, 0x55, 0x57, 0x58, 0x59, 0x5C, 0x5D, 0x5E,
+                                0x5F, 0x60, 0x61, 0x63, 0x64, 0x74, 0x75, 0x77, 0x78, 0x90, 0x91};
+  return (marker >> 8) == 0xFF &&
+         std::find(std::begin(kKnown), std::end(kKnown), marker & 0xFF) != std::end(kKnown);
+}
+
+// From behind SIZ to the last tile-part's header, as the decoder finds its way. Stops without complaint where the
+// stream does.
 void ReadCodingParameters(Reader* reader, Jpeg2000Stream* picture) {
-  uint64_t part_start = 0;
-  uint64_t part_size = 0;
+  uint64_t part_end = 0;
+  bool in_part = false;
   while (reader->left() >= 4) {
     const uint64_t at = reader->at();
     const uint32_t marker = reader->Number(2);
     if (marker == kSod) {
-      // A part that claims to end before its data begin would be read again and again.
-      if (part_start + part_size <= reader->at()) return;
-      reader->MoveTo(part_start + part_size);
+      // A part may be empty, or claim to end before its data begin.
+      reader->MoveTo(std::max(part_end, reader->at()));
       continue;
     }
+    // In the main header the decoder looks for the next marker that it knows, two bytes at a time.
+    if (!in_part && !IsKnown(marker)) continue;
     if (marker < 0xFF00) return;
     const uint32_t length = reader->Number(2);
     if (length < 2) return;
@@ -168,13 +179,9 @@ void ReadCodingParameters(Reader* reader, Jpeg2000Stream* picture) {
     if (marker == kSot) {
       Reader part(segment);
       part.Number(2);
-      part_start = at;
-      part_size = part.Number(4);
-      const uint64_t left = reader->left() + (reader->at() - at);
-      if (part_size > left && picture->overrun_at == 0) {
-        picture->overrun_at = at + 6;  // behind the marker, its length and the tile's number
-        picture->overrun_left = static_cast<uint32_t>(left);
-      }
+      const uint64_t size = part.Number(4);
+      part_end = size != 0 ? at + size : UINT64_MAX;  // the last part may leave its length open
+      in_part = true;
     }
     ReadMarker(marker, segment, picture);
   }
@@ -279,9 +286,11 @@ int32_t CheckJpeg2000Claim(const Jpeg2000Stream& picture, uint64_t samples) noex
   // The decoder's own picture, of four bytes a sample, may be no larger than a bitmap either.
   constexpr uint64_t kDecoderBytes = 4;
   int32_t status = CheckClaim(picture.width, picture.height, 1, picture.precision <= 8 ? 1 : 2);
-  if (status == SUCCESS && samples > HostGetBitmapLimit() / kDecoderBytes) status = ERR_NO_MEMORY;
+  if (status == SUCCESS && !IsWithin(HOST_LIMIT_PICTURE, Times(samples, kDecoderBytes)))
+    status = ERR_NO_MEMORY;
   if (status != SUCCESS) return status;
-  const bool plausible = kJpeg2000Credit.Covers(EstimateMemory(picture, samples), picture.codestream.size());
+  const bool plausible = IsWithin(HOST_LIMIT_JPEG2000, EstimateMemory(picture, samples),
+                                  Jpeg2000Earned(picture.codestream.size()));
   return plausible ? SUCCESS : ERR_FILE_FORMAT;
 }
 

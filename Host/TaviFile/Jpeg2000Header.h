@@ -32,11 +32,6 @@ struct Jpeg2000Stream {
   uint32_t precinct_log = 30;  // sum of both exponents of the smallest precinct
   uint32_t block_log = 12;     // the same of the smallest code-block
   bool has_component_transform = false;
-  // Where in the codestream the length of a tile-part stands that runs beyond the end (0: none does), and what is left
-  // for it. The decoder would ask for as much memory as that length says.
-  uint64_t overrun_at = 0;
-  uint32_t overrun_left = 0;
-
   // Components of the decoded picture.
   uint32_t channels() const { return palette_columns != 0 ? palette_columns : components; }
 };

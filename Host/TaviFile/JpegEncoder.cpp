@@ -74,6 +74,11 @@ int TableScale(int32_t factor) {
   return static_cast<int>(quality < 50 ? 5000 / quality : 200 - 2 * quality);
 }
 
+// Pixels of 24 bits are taken as they stand. Others are converted, red first.
+J_COLOR_SPACE InputSpace(const PixelView& view) {
+  return view.layout == Layout::kColor24 && !view.red_first ? JCS_EXT_BGR : JCS_RGB;
+}
+
 void Start(Session& session) {
   jpeg_compress_struct* const encoder = &session.encoder;
   jpeg_create_compress(encoder);
@@ -82,35 +87,39 @@ void Start(Session& session) {
   encoder->image_height = session.view.height;
   const bool grey = session.colors == JpegColors::kGrey;
   encoder->input_components = grey ? 1 : 3;
-  encoder->in_color_space = grey ? JCS_GRAYSCALE : JCS_RGB;
+  encoder->in_color_space = grey ? JCS_GRAYSCALE : InputSpace(session.view);
   jpeg_set_defaults(encoder);  // of colour pictures: YCbCr, chroma at half the resolution
   if (session.colors == JpegColors::kRgb) jpeg_set_colorspace(encoder, JCS_RGB);
   jpeg_set_linear_quality(encoder, TableScale(session.quality), TRUE);
   jpeg_start_compress(encoder, TRUE);
 }
 
-void ConvertRow(const Session& session, uint32_t picture_row) {
+// The row as the library takes it.
+const uint8_t* TakeRow(const Session& session, uint32_t picture_row) {
   const uint32_t width = session.view.width;
   const Color8* const pixels = session.pixels.get();
   const uint8_t* const from = session.view.ReadRow(session.view.StorageRow(picture_row));
+  const bool grey = session.colors == JpegColors::kGrey;
+  if (!grey && session.view.layout == Layout::kColor24) return from;
   session.reader.Read8(from, 0, width, session.pixels.get());
   uint8_t* out = session.row.get();
-  if (session.colors == JpegColors::kGrey) {
+  if (grey) {
     for (uint32_t x = 0; x < width; ++x) out[x] = static_cast<uint8_t>(Luminance8(pixels[x]));
-    return;
+    return session.row.get();
   }
   for (uint32_t x = 0; x < width; ++x, out += 3) {
     out[0] = static_cast<uint8_t>(pixels[x] >> 16);
     out[1] = static_cast<uint8_t>(pixels[x] >> 8);
     out[2] = static_cast<uint8_t>(pixels[x]);
   }
+  return session.row.get();
 }
 
 void WriteRows(Session& session) {
   jpeg_compress_struct* const encoder = &session.encoder;
   while (encoder->next_scanline < encoder->image_height) {
-    ConvertRow(session, encoder->next_scanline);
-    JSAMPROW row = session.row.get();
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): the library only reads it
+    auto* row = const_cast<JSAMPROW>(TakeRow(session, encoder->next_scanline));
     jpeg_write_scanlines(encoder, &row, 1);
   }
   jpeg_finish_compress(encoder);

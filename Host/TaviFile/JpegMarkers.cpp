@@ -14,9 +14,7 @@ constexpr uint8_t kScan = 0xDA;
 constexpr uint8_t kApp0 = 0xE0;
 constexpr uint8_t kApp14 = 0xEE;
 
-// Decoding goes over the picture once for each scan. A picture of 16 million samples may have some thirty
-// scans of next to no data, and more as its data grow.
-constexpr uint64_t kVisitsForNothing = uint64_t{1} << 30;
+// Decoding goes over the picture once for each scan: samples gone over that a byte of the data pays for.
 constexpr uint64_t kVisitsPerByte = 4096;
 
 uint32_t Big16(const uint8_t* at) {
@@ -181,12 +179,13 @@ int32_t CheckJpegClaim(const JpegStream& jpeg) noexcept {
   const int32_t status = CheckClaim(jpeg.width, jpeg.height, jpeg.components, sample_bytes);
   if (status != SUCCESS) return status;
   const uint64_t samples = uint64_t{jpeg.width} * jpeg.height * jpeg.components;
-  if (!kJpegCredit.Covers(samples, jpeg.bytes.size())) return ERR_FILE_FORMAT;
+  const uint64_t size = jpeg.bytes.size();
+  if (!IsWithin(HOST_LIMIT_JPEG, samples, kJpegSamplesPerByte * size)) return ERR_FILE_FORMAT;
   const uint64_t scans = CountJpegScans(jpeg.bytes);
   // Coefficients of two bytes are kept for the whole picture when it comes in several scans.
-  if (scans > 1 && jpeg.coded_samples > HostGetBitmapLimit() / 2) return ERR_NO_MEMORY;
-  const uint64_t allowed = kVisitsForNothing + kVisitsPerByte * jpeg.bytes.size();
-  return scans <= allowed / jpeg.coded_samples + 1 ? SUCCESS : ERR_FILE_FORMAT;
+  if (scans > 1 && !IsWithin(HOST_LIMIT_PICTURE, Times(jpeg.coded_samples, 2))) return ERR_NO_MEMORY;
+  const uint64_t repeated = scans > 1 ? Times(scans - 1, jpeg.coded_samples) : 0;
+  return IsWithin(HOST_LIMIT_SCANS, repeated, kVisitsPerByte * size) ? SUCCESS : ERR_FILE_FORMAT;
 }
 
 }  // namespace tavi::host

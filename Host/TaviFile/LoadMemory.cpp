@@ -84,6 +84,7 @@ void HostLoadOptions(HostLoadFlagsRecord* record, uint64_t record_size) {
 int32_t HostLoadMemory(const void* buffer, HostBitmap* bitmap, uint64_t record_size, uint32_t bits,
                        uint32_t order, uint64_t size, HostLoadFlagsRecord* options,
                        HostFileInfo* information) {
+  HostForgetLimitHit();
   if (buffer == nullptr || bitmap == nullptr) return ERR_NULL_ARGUMENT;
   if (record_size != sizeof *bitmap || order == 3 || order > kGreyOrBlueFirst) return ERR_INVALID_PARAMETER;
   if (bits != 0 && !IsDepth(bits)) return ERR_INVALID_BPP;

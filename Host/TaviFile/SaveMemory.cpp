@@ -38,6 +38,7 @@ void HostSaveOptions(HostSaveOptionsRecord* record, uint64_t record_size) {
 
 int32_t HostSaveMemory(HostGlobalMemory* block, const HostBitmap* bitmap, uint32_t format, uint32_t bits,
                        int32_t quality_factor, uint64_t* size, const HostSaveOptionsRecord*) {
+  HostForgetLimitHit();
   if (block != nullptr) *block = nullptr;
   if (size != nullptr) *size = 0;
   if (block == nullptr || bitmap == nullptr || size == nullptr) return ERR_NULL_ARGUMENT;

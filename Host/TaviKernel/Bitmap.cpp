@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 
 #include "TaviHost.h"
 #include "TaviKernel/BitmapRecord.h"
 #include "TaviKernel/ColorRows.h"
+#include "TaviKernel/Limits.h"
 #include "TaviKernel/Palette.h"
 #include "TaviKernel/PixelView.h"
 
@@ -14,8 +14,6 @@ namespace {
 constexpr uint32_t kAllocatePixels = 1;
 constexpr uint32_t kAttachPixels = 2;
 constexpr uint32_t kLongestSide = 0x7FFFFFFF;
-
-std::atomic<uint64_t> g_limit{uint64_t{2} << 30};
 
 void MakeEmpty(HostBitmap* bitmap) {
   std::memset(bitmap, 0, sizeof *bitmap);
@@ -56,8 +54,8 @@ int32_t CheckRequest(const CreateRequest& request) {
   }
   if (request.width > kLongestSide || request.height > kLongestSide) return ERR_INVALID_PARAMETER;
   const uint64_t line = BytesPerLine(request.bits, request.width);
+  if (request.allocates() && !IsWithin(HOST_LIMIT_PICTURE, Times(line, request.height))) return ERR_NO_MEMORY;
   if (line > UINT32_MAX) return ERR_NO_MEMORY;
-  if (request.allocates() && line * request.height > g_limit.load()) return ERR_NO_MEMORY;
   if (request.data != nullptr && request.data_size < line * request.height) return ERR_INVALID_PARAMETER;
   return SUCCESS;
 }
@@ -88,14 +86,6 @@ int32_t FillRecord(HostBitmap* bitmap, BitmapPart* part, const CreateRequest& re
 
 using namespace tavi::host;
 
-void HostSetBitmapLimit(uint64_t bytes) {
-  g_limit.store(bytes);
-}
-
-uint64_t HostGetBitmapLimit(void) {
-  return g_limit.load();
-}
-
 void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t width, uint32_t height,
                     uint32_t bits) {
   if (bitmap == nullptr || record_size != kBitmapRecordSize) return;
@@ -108,6 +98,7 @@ void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t width, ui
 int32_t HostCreateBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t memory_flags, uint32_t width,
                          uint32_t height, uint32_t bits, uint32_t order, const HostPaletteEntry* palette,
                          uint32_t view_perspective, void* data, uint64_t data_size) {
+  HostForgetLimitHit();
   if (bitmap == nullptr || record_size != kBitmapRecordSize) return ERR_INVALID_PARAMETER;
   MakeEmpty(bitmap);
   const CreateRequest request{memory_flags, width, height, bits, palette, data, data_size};
@@ -180,7 +171,7 @@ void HostGetBitmapRow(const HostBitmap* bitmap, void* buffer, uint32_t row, uint
   BitmapPart part;
   PixelRows rows;
   if (buffer == nullptr || !RowsOf(bitmap, &part, &rows) || row >= rows.height) return;
-  std::memcpy(buffer, rows.ReadRow(row), std::min(bytes, rows.stride));
+  rows.CopyRow(row, static_cast<uint8_t*>(buffer), std::min(bytes, rows.stride));
 }
 
 void HostPutBitmapRow(HostBitmap* bitmap, const void* buffer, uint32_t row, uint64_t bytes) {

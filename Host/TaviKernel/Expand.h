@@ -32,6 +32,8 @@ class BitExpansion {
   // A pixel has the low bytes of `zero` or `one`, the lowest first; `size` is 1 or 3.
   BitExpansion(Color8 zero, Color8 one, uint32_t size) noexcept;
 
+  bool operator==(const BitExpansion& other) const { return size_ == other.size_ && plain_ == other.plain_; }
+
   // Writes `count` pixels from bit `x` of the row on, the most significant bit of a byte first.
   void Apply(const uint8_t* row, uint64_t x, uint64_t count, uint8_t* out) const noexcept;
 

@@ -116,9 +116,13 @@ void* ResizeBlock(void* block, uint64_t bytes, LiveKind kind) {
 }  // namespace
 
 void* AllocateBlock(uint64_t count, uint64_t size, LiveKind kind, Origin origin) noexcept {
-  if (size != 0 && count > kMaximumBytes / size) return nullptr;
-  void* const block = MakeBlock(count * size, kind);
-  if (block != nullptr) NoteMade(kind, block, origin);
+  const bool countable = size == 0 || count <= kMaximumBytes / size;
+  void* const block = countable ? MakeBlock(count * size, kind) : nullptr;
+  if (block == nullptr) {
+    HostForgetLimitHit();  // what fails now fails for want of memory
+    return nullptr;
+  }
+  NoteMade(kind, block, origin);
   return block;
 }
 
@@ -143,6 +147,7 @@ void* HostReallocMem(void* block, uint64_t size, int32_t line, const wchar_t* un
   NoteGone(kind, block);
   void* const resized = ResizeBlock(block, size, kind);
   NoteMade(kind, resized != nullptr ? resized : block, {line, unit});
+  if (resized == nullptr) HostForgetLimitHit();
   return resized;
 }
 

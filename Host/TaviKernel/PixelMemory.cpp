@@ -53,6 +53,7 @@ void PixelMemory::Free() noexcept {
     std::free(bytes_);
   }
   std::free(pending_);
+  FoldedRows::Free(folded_);
   *this = PixelMemory();
 }
 
@@ -71,6 +72,7 @@ void PixelMemory::FillNow(const uint8_t* pattern) noexcept {
 
 void PixelMemory::FillRows(const uint8_t* pattern) noexcept {
   if (bytes_ == nullptr) return;
+  if (folded_ != nullptr) folded_->DropAll();
   if (pending_ == nullptr) {
     FillNow(pattern);
     return;
@@ -87,6 +89,34 @@ void PixelMemory::FillRows(const uint8_t* pattern) noexcept {
 void PixelMemory::WritePattern(uint32_t row) noexcept {
   std::memcpy(bytes_ + row * bytes_per_line_, pattern_, bytes_per_line_);
   ClearPending(row);
+}
+
+// Pictures whose filling is not put off are too small for it.
+bool PixelMemory::BeginFolding(const BitExpansion& expansion, uint32_t width) noexcept {
+  if (pending_ == nullptr) return false;
+  if (folded_ == nullptr) folded_ = FoldedRows::Make(rows_, width, expansion);
+  return folded_ != nullptr && folded_->Expands(expansion);
+}
+
+void PixelMemory::ExpandRow(uint32_t row, uint8_t* to) const noexcept {
+  std::memset(to + bytes_per_line_ - 4, 0, 4);
+  folded_->Expand(row, to);
+}
+
+void PixelMemory::Unfold(uint32_t row) noexcept {
+  ExpandRow(row, bytes_ + row * bytes_per_line_);
+  folded_->Drop(row);
+}
+
+void PixelMemory::CopyRow(uint32_t row, uint8_t* to, uint64_t bytes) noexcept {
+  if (pending_rows_ != 0 && IsPending(row)) {
+    std::memcpy(to, pattern_, bytes);
+  } else if (folded_ != nullptr && folded_->Holds(row) && bytes == bytes_per_line_) {
+    ExpandRow(row, to);
+  } else {
+    Settle(row);
+    std::memcpy(to, bytes_ + row * bytes_per_line_, bytes);
+  }
 }
 
 }  // namespace tavi::host

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "TaviKernel/FoldedRows.h"
 #include "TaviKernel/LargeBlocks.h"
 
 namespace tavi::host {
@@ -22,11 +23,24 @@ class PixelMemory {
   // Must be called before a row is read, or written in part.
   void Settle(uint32_t row) noexcept {
     if (pending_rows_ != 0 && IsPending(row)) WritePattern(row);
+    if (folded_ != nullptr && folded_->Holds(row)) Unfold(row);
   }
   // Must be called before a row is written whole.
   void Discard(uint32_t row) noexcept {
     if (pending_rows_ != 0 && IsPending(row)) ClearPending(row);
+    if (folded_ != nullptr) folded_->Drop(row);
   }
+
+  // Prepares for rows that are to show `width` pixels of a bit each, expanded so. False when they must be written.
+  bool BeginFolding(const BitExpansion& expansion, uint32_t width) noexcept;
+  // In place of writing the row whole. Its padding is zero.
+  void PutFolded(uint32_t row, const uint8_t* bits) noexcept {
+    Discard(row);
+    folded_->Put(row, bits);
+  }
+
+  // Copies the first bytes of a row, without settling it where that can be avoided.
+  void CopyRow(uint32_t row, uint8_t* to, uint64_t bytes) noexcept;
 
  private:
   bool IsPending(uint32_t row) const { return (pending_[row / 64] >> (row % 64) & 1) != 0; }
@@ -35,6 +49,8 @@ class PixelMemory {
     --pending_rows_;
   }
   void WritePattern(uint32_t row) noexcept;
+  void Unfold(uint32_t row) noexcept;
+  void ExpandRow(uint32_t row, uint8_t* to) const noexcept;
   void FillNow(const uint8_t* pattern) noexcept;
   void AllocatePending() noexcept;
 
@@ -45,6 +61,7 @@ class PixelMemory {
   uint64_t pending_rows_ = 0;
   uint64_t* pending_ = nullptr;  // one bit for each row that is still to be filled; null in small bitmaps
   uint8_t* pattern_ = nullptr;   // what such a row holds
+  FoldedRows* folded_ = nullptr;
 };
 
 }  // namespace tavi::host

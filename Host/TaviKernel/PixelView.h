@@ -13,7 +13,7 @@ namespace tavi::host {
 // order is.
 enum class Layout : uint8_t { kIndexed, kGrey12, kGrey16, kColor24, kColor32, kColor48, kColor64 };
 
-// The rows of a bitmap in storage order. All access to pixels goes through the three row operations.
+// The rows of a bitmap in storage order. All access to pixels goes through the row operations.
 struct PixelRows {
   uint8_t* pixels = nullptr;
   PixelMemory* memory = nullptr;  // null for attached pixels
@@ -27,6 +27,13 @@ struct PixelRows {
   uint8_t* ChangeRow(uint32_t row) const {
     if (memory != nullptr) memory->Settle(row);
     return pixels + row * stride;
+  }
+  void CopyRow(uint32_t row, uint8_t* to, uint64_t bytes) const {
+    if (memory != nullptr) {
+      memory->CopyRow(row, to, bytes);
+    } else {
+      std::memcpy(to, pixels + row * stride, bytes);
+    }
   }
   // For a row whose pixels are all about to be written. Its padding is zero afterwards.
   uint8_t* ReplaceRow(uint32_t row) const {

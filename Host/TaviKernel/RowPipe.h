@@ -26,6 +26,9 @@ class RowPipe {
 
   void Move(const uint8_t* source_row, uint8_t* destination_row, const Columns& columns) noexcept;
 
+  // How pixels of a bit become those of the destination; null when that is no matter of bits.
+  const BitExpansion* bits() const { return path_ == Path::kBits ? &bits_ : nullptr; }
+
  private:
   enum class Path : uint8_t { kCopy, kBits, kExpand, kTranslate, kColors8, kColors16 };
 

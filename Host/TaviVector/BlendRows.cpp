@@ -6,6 +6,7 @@ namespace tavi::host::vec {
 namespace {
 
 constexpr uint32_t kChunk = 256;
+constexpr uint32_t kClearStep = 32;  // pixels looked at together
 
 uint32_t AlphaOf(uint32_t pixel) {
   return pixel >> 24;
@@ -47,10 +48,23 @@ void Blend24(uint8_t* at, uint32_t count, const uint32_t* over) {
   for (uint32_t i = 0; i < count; ++i, at += 3) {
     const uint32_t pixel = over[i];
     const uint32_t rest = 255 - AlphaOf(pixel);
+    if (rest == 0) {
+      at[0] = static_cast<uint8_t>(pixel);
+      at[1] = static_cast<uint8_t>(pixel >> 8);
+      at[2] = static_cast<uint8_t>(pixel >> 16);
+      continue;
+    }
     at[0] = static_cast<uint8_t>(Over8(pixel & 0xFF, at[0], rest));
     at[1] = static_cast<uint8_t>(Over8(pixel >> 8 & 0xFF, at[1], rest));
     at[2] = static_cast<uint8_t>(Over8(pixel >> 16 & 0xFF, at[2], rest));
   }
+}
+
+// Whether the next pixels are all clear. Most of a drawing's box is.
+bool AreClear(const uint32_t* pixels) {
+  uint32_t any = 0;
+  for (uint32_t i = 0; i < kClearStep; ++i) any |= pixels[i];
+  return any == 0;
 }
 
 }  // namespace
@@ -58,9 +72,13 @@ void Blend24(uint8_t* at, uint32_t count, const uint32_t* over) {
 RowBlender::RowBlender(const PixelView& target) noexcept
     : view_(target), reader_(target), writer_(WithOrder(target, reader_.sample_order())) {}
 
-void RowBlender::Blend(uint32_t picture_row, uint32_t x, uint32_t count, const uint32_t* over) noexcept {
+void RowBlender::BlendAndClear(uint32_t picture_row, uint32_t x, uint32_t count, uint32_t* over) noexcept {
   uint8_t* row = nullptr;
   for (uint32_t i = 0; i < count;) {
+    if (i + kClearStep <= count && AreClear(over + i)) {
+      i += kClearStep;
+      continue;
+    }
     if (AlphaOf(over[i]) == 0) {
       ++i;
       continue;
@@ -69,6 +87,7 @@ void RowBlender::Blend(uint32_t picture_row, uint32_t x, uint32_t count, const u
     while (end < count && AlphaOf(over[end]) != 0) ++end;
     if (row == nullptr) row = view_.ChangeRow(view_.StorageRow(picture_row));
     BlendRun(row, x + i, end - i, over + i);
+    std::fill_n(over + i, end - i, 0u);
     i = end;
   }
 }

@@ -12,8 +12,9 @@ class RowBlender {
  public:
   explicit RowBlender(const PixelView& target) noexcept;
 
-  // `count` pixels 0xAARRGGBB over the picture's row from `x` on. Pixels without alpha leave theirs as they are.
-  void Blend(uint32_t picture_row, uint32_t x, uint32_t count, const uint32_t* over) noexcept;
+  // Puts `count` pixels 0xAARRGGBB over the picture's row from `x` on, and leaves them all 0. Pixels without alpha, which
+  // are 0 already, leave theirs as they are.
+  void BlendAndClear(uint32_t picture_row, uint32_t x, uint32_t count, uint32_t* over) noexcept;
 
  private:
   void BlendRun(uint8_t* row, uint32_t x, uint32_t count, const uint32_t* over) noexcept;

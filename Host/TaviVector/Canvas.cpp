@@ -94,7 +94,11 @@ std::unique_ptr<Canvas> Canvas::OnPixels(uint32_t* pixels, int32_t columns, int3
   handles->pixels = pixels;
   handles->columns = columns;
   handles->rows = rows;
-  return Make(std::move(handles));
+  auto canvas = Make(std::move(handles));
+  if (canvas != nullptr && columns <= TouchedRows::kMostColumns) {
+    canvas->cells_ = std::make_unique<TouchedRows>(columns, rows);
+  }
+  return canvas;
 }
 
 std::unique_ptr<Canvas> Canvas::OnSvg(Sink* sink, double width, double height) {
@@ -109,23 +113,71 @@ std::unique_ptr<Canvas> Canvas::OnPdf(Sink* sink, double width, double height) {
       SurfaceOwner(cairo_pdf_surface_create_for_stream(&WriteTo, sink, width, height))));
 }
 
+// A count beyond the room says that there were more.
+void Canvas::NoteLine(Point from, Point to, bool begins) {
+  if (line_count_ < lines_.size()) lines_[line_count_] = {from, to, begins};
+  line_count_ = std::min(line_count_ + 1, lines_.size() + 1);
+}
+
+// How far the mitres of the path reach from their vertices, in halves of the line's width: the limit where that is in
+// doubt, because lines are so short or turn so sharply that the rasteriser's rounding of their ends may count.
+double Canvas::JoinReach(double limit) const {
+  constexpr double kShortest = 1;
+  constexpr double kSharpest = 0.1;  // sine of half the angle between two lines
+  constexpr double kRounding = 1.1;
+  constexpr double kFarthestOut = 1e6;  // beyond, the rasteriser's numbers end
+  if (line_count_ > lines_.size()) return limit;
+  double reach = 1;
+  Point first;
+  Point last;
+  const auto join = [&](Point a, Point b) {
+    if (Length(a) == 0 || Length(b) == 0) return;
+    const double cosine = std::clamp(Dot(a, b) / (Length(a) * Length(b)), -1.0, 1.0);
+    const double sine = std::sqrt((1 + cosine) / 2);
+    reach = std::max(reach, sine < kSharpest ? limit : kRounding / sine);
+  };
+  for (size_t i = 0; i <= line_count_; ++i) {
+    const Point span = i < line_count_ ? lines_[i].to - lines_[i].from : Point();
+    if (i == line_count_ || lines_[i].begins) {
+      join(last, first);  // as if the ring were closed
+      first = last = {};
+      continue;
+    }
+    if (span.x == 0 && span.y == 0) continue;
+    const Point far = lines_[i].to;
+    if (Length(span) < kShortest || !(std::max(std::abs(far.x), std::abs(far.y)) < kFarthestOut))
+      return limit;
+    join(last, span);
+    if (first.x == 0 && first.y == 0) first = span;
+    last = span;
+  }
+  return std::min(reach, limit);
+}
+
 void Canvas::MoveTo(Point p) {
   Include(path_, p);
+  NoteLine(p, p, true);
+  start_ = at_ = p;
   cairo_move_to(handles_->cairo, p.x - handles_->origin.x, p.y - handles_->origin.y);
 }
 
 void Canvas::LineTo(Point p) {
   Include(path_, p);
+  NoteLine(at_, p, false);
+  at_ = p;
   cairo_line_to(handles_->cairo, p.x - handles_->origin.x, p.y - handles_->origin.y);
 }
 
 void Canvas::ClosePath() {
+  NoteLine(at_, start_, false);
+  at_ = start_;
   cairo_close_path(handles_->cairo);
 }
 
 void Canvas::DropPath() {
   cairo_new_path(handles_->cairo);
   path_ = {};
+  line_count_ = 0;
 }
 
 void Canvas::AddRing(std::span<const Point> ring) {
@@ -136,8 +188,25 @@ void Canvas::AddRing(std::span<const Point> ring) {
 }
 
 void Canvas::Touch(double margin) {
+  const Box box = Grown(path_, margin + 1);
+  Include(touched_, box);
+  if (cells_ != nullptr && !box.IsEmpty())
+    cells_->Add({box.low - handles_->origin, box.high - handles_->origin});
+  path_ = {};
+  line_count_ = 0;
+}
+
+void Canvas::TouchLines(double margin) {
+  if (cells_ == nullptr || line_count_ > lines_.size()) {
+    Touch(margin);
+    return;
+  }
+  for (size_t i = 0; i < line_count_; ++i) {
+    cells_->AddSegment(lines_[i].from - handles_->origin, lines_[i].to - handles_->origin, margin + 1);
+  }
   Include(touched_, Grown(path_, margin + 1));
   path_ = {};
+  line_count_ = 0;
 }
 
 void Canvas::Fill(uint32_t color, FillRule rule) {
@@ -158,8 +227,10 @@ void Canvas::Stroke(const LineStyle& style) {
   cairo_set_antialias(cairo, style.smooth ? CAIRO_ANTIALIAS_DEFAULT : CAIRO_ANTIALIAS_NONE);
   cairo_stroke(cairo);
   cairo_set_antialias(cairo, CAIRO_ANTIALIAS_DEFAULT);
-  const double reach = style.join == LineJoin::kMitre ? std::max(style.mitre_limit, 1.5) : 1.5;
-  Touch(style.width / 2 * reach);
+  constexpr double kCapReach = 1.5;
+  const bool mitred = style.join == LineJoin::kMitre && style.mitre_limit > kCapReach;
+  const double reach = mitred ? std::max(JoinReach(style.mitre_limit), kCapReach) : kCapReach;
+  TouchLines(style.width / 2 * reach);
 }
 
 void Canvas::DrawThin(Point from, Point to, uint32_t color, const Box& within) {
@@ -169,7 +240,8 @@ void Canvas::DrawThin(Point from, Point to, uint32_t color, const Box& within) {
   if (h.pixels == nullptr || box.IsEmpty() || !ClipSegment(box, &from, &to)) return;
   Include(path_, from);
   Include(path_, to);
-  Touch(0);
+  NoteLine(from, to, true);
+  TouchLines(0);
   cairo_surface_flush(h.target.surface);
   const Point span = to - from;
   // The segment is cut down to the canvas: its steps are few.
@@ -205,6 +277,7 @@ void Canvas::FillWith(const Image& image, Point corner, double side) {
 
 void Canvas::PushClip(FillRule rule) {
   path_ = {};
+  line_count_ = 0;
   cairo_t* const cairo = handles_->cairo;
   // Saving leaves the path alone, and restoring puts the former clip back.
   cairo_save(cairo);

@@ -2,12 +2,14 @@
 // else of the host calls it.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
 
 #include "TaviVector/Geometry.h"
+#include "TaviVector/Touched.h"
 
 namespace tavi::host::vec {
 
@@ -87,6 +89,9 @@ class Canvas {
   bool IsSound() const;
   // Covers everything that was drawn since the last call, in device space.
   Box TakeTouched();
+  // The same of a canvas on pixels since it was made, in its own columns and rows; null when it is too wide. To be asked
+  // for behind TakeTouched.
+  const TouchedRows* Touched() const { return cells_.get(); }
   // Ends an export. False when something failed, memory for instance.
   bool Finish();
 
@@ -95,10 +100,25 @@ class Canvas {
   explicit Canvas(std::unique_ptr<Handles> handles);
   static std::unique_ptr<Canvas> Make(std::unique_ptr<Handles> handles);
   void Touch(double margin);
+  void TouchLines(double margin);
+  void NoteLine(Point from, Point to, bool begins);
+  double JoinReach(double limit) const;
+
+  struct Line {
+    Point from;
+    Point to;
+    bool begins;  // a place where the path begins anew, not a line
+  };
 
   std::unique_ptr<Handles> handles_;
   Box path_;
   Box touched_;
+  std::unique_ptr<TouchedRows> cells_;
+  // The lines of the path, when they are few: what a stroke touches is less than their common box.
+  std::array<Line, 256> lines_;
+  size_t line_count_ = 0;
+  Point start_;
+  Point at_;
 };
 
 // Writes a picture as PNG.

@@ -289,6 +289,8 @@ struct Drawing {
   // What a scaled width of 1 and a scaled marker size of 1 are in units. The painter shows no line thinner than a pixel.
   double nominal_width = 1;
   double nominal_marker = 6;
+  // The units are no pixels, but what a real-valued metafile says: fractions of them count when it is written again.
+  bool real_units = false;
 
   double WidthOf(const Stroke& stroke) const {
     return stroke.scaled ? stroke.width * nominal_width : stroke.width;

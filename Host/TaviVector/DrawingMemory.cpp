@@ -3,13 +3,11 @@
 #include <atomic>
 #include <utility>
 
-#include "TaviHost.h"
+#include "TaviKernel/Limits.h"
 
 namespace tavi::host::vec {
 namespace {
 
-constexpr uint64_t kDefaultLimit = uint64_t{256} << 20;
-std::atomic<uint64_t> limit{kDefaultLimit};
 std::atomic<uint64_t> total{0};
 
 template <class Element>
@@ -71,7 +69,7 @@ uint64_t BytesOf(const Drawing& drawing) noexcept {
 }
 
 bool ChargeDrawing(uint64_t bytes) noexcept {
-  if (total.fetch_add(bytes) + bytes <= limit) return true;
+  if (IsWithin(HOST_LIMIT_DRAWINGS, total.fetch_add(bytes) + bytes)) return true;
   total -= bytes;
   return false;
 }
@@ -81,13 +79,3 @@ void ReleaseDrawing(uint64_t bytes) noexcept {
 }
 
 }  // namespace tavi::host::vec
-
-using namespace tavi::host;
-
-void HostSetVectorLimit(uint64_t bytes) {
-  vec::limit = bytes;
-}
-
-uint64_t HostGetVectorLimit(void) {
-  return vec::limit;
-}

@@ -1,5 +1,7 @@
 #include "TaviVector/Overlay.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -35,6 +37,20 @@ PixelArea PixelsOf(const Box& box, const PixelArea& within) {
           static_cast<int64_t>(std::ceil(seen.high.x)), static_cast<int64_t>(std::ceil(seen.high.y))};
 }
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): calloc alone gives cleared memory whose pages nobody has touched yet, and of
+// most drawings few are touched.
+struct PixelsDeleter {
+  void operator()(uint32_t* pixels) const { std::free(pixels); }
+};
+using PixelsOwner = std::unique_ptr<uint32_t[], PixelsDeleter>;
+
+PixelsOwner ClearPixels(size_t count) {
+  PixelsOwner pixels(static_cast<uint32_t*>(std::calloc(count, sizeof(uint32_t))));
+  if (pixels == nullptr) throw std::bad_alloc();
+  return pixels;
+}
+// NOLINTEND(cppcoreguidelines-no-malloc)
+
 class Overlay {
  public:
   Overlay(const PixelView& target, const Drawing& drawing, const Affine& to_device)
@@ -50,8 +66,7 @@ class Overlay {
     if (area.IsEmpty()) return SUCCESS;
     if (!SpendBudget(job_.drawing, job_.to_device, boxes_, whole_.AsBox(), spent)) return ERR_NO_MEMORY;
     columns_ = std::min(area.width(), kTileSide);
-    pixels_ =
-        std::make_unique<uint32_t[]>(static_cast<size_t>(columns_ * std::min(area.height(), kTileSide)));
+    pixels_ = ClearPixels(static_cast<size_t>(columns_ * std::min(area.height(), kTileSide)));
     for (int64_t top = area.top; top < area.bottom; top += kTileSide) {
       for (int64_t left = area.left; left < area.right; left += kTileSide) {
         const PixelArea tile{left, top, std::min(left + kTileSide, area.right),
@@ -74,18 +89,24 @@ class Overlay {
     vec::Paint(job_, boxes_, visible, *canvas);
     const PixelArea touched = PixelsOf(canvas->TakeTouched(), tile);
     if (!canvas->IsSound()) return false;
-    if (!touched.IsEmpty()) Put(tile, touched);
+    if (!touched.IsEmpty()) Put(tile, touched, *canvas->Touched());
     return true;
   }
 
-  // Puts the touched part over the bitmap, and leaves the pixels clear for the next tile.
-  void Put(const PixelArea& tile, const PixelArea& touched) {
-    const auto width = static_cast<size_t>(touched.width());
+  // Puts what was touched over the bitmap, and leaves the pixels clear for the next tile.
+  void Put(const PixelArea& tile, const PixelArea& touched, const TouchedRows& cells) {
+    const auto last = static_cast<uint32_t>(tile.width());
     for (int64_t y = touched.top; y < touched.bottom; ++y) {
-      uint32_t* const row = pixels_.get() + (y - tile.top) * columns_ + (touched.left - tile.left);
-      blender_.Blend(static_cast<uint32_t>(y), static_cast<uint32_t>(touched.left),
-                     static_cast<uint32_t>(width), row);
-      std::fill_n(row, width, 0u);
+      uint32_t* const row = pixels_.get() + (y - tile.top) * columns_;
+      cells.ForEachRun(static_cast<int32_t>(y - tile.top), [&](uint32_t first, uint32_t count) {
+        if (first < last) {
+          blender_.BlendAndClear(static_cast<uint32_t>(y), static_cast<uint32_t>(tile.left) + first,
+                                 std::min(count, last - first), row + first);
+        }
+        // Nothing is shown of what lies beyond a tile that is less wide than the others.
+        if (first + count > last)
+          std::fill_n(row + std::max(first, last), first + count - std::max(first, last), 0u);
+      });
     }
   }
 
@@ -94,7 +115,7 @@ class Overlay {
   PaintJob job_;
   RowBlender blender_;
   int64_t columns_ = 0;
-  std::unique_ptr<uint32_t[]> pixels_;
+  PixelsOwner pixels_;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "TaviKernel/Limits.h"
 #include "TaviVector/Geometry.h"
 #include "TaviVector/Scene.h"
 
@@ -11,6 +12,12 @@ namespace {
 
 double AreaOf(const Box& box) {
   return box.IsEmpty() ? 0 : (box.high.x - box.low.x) * (box.high.y - box.low.y);
+}
+
+// Whole pixels, rounded up. What is too large for the number, or none, is the largest.
+uint64_t AsCount(double pixels) {
+  constexpr double kBeyond = 1.8e19;
+  return pixels < kBeyond ? static_cast<uint64_t>(std::ceil(pixels)) : kBeyondNumbers;
 }
 
 // The pixels of one object of which `seen` is on the canvas.
@@ -83,15 +90,16 @@ class Cost {
 bool SpendBudget(const Drawing& drawing, const Affine& to_device, std::span<const Box> boxes,
                  const Box& canvas, double& spent) {
   const double scale = std::max(ScaleOf(to_device), 1e-9);
-  const double free = std::max(kFreePixels, kFreeLayers * AreaOf(canvas)) - spent;
-  const double earned = kPixelsOfObject * static_cast<double>(drawing.objects.size());
-  double cost = 0;
-  for (size_t i = 0; i < boxes.size() && cost <= free + earned; ++i) {
+  const auto limit = static_cast<double>(HostGetLimit(HOST_LIMIT_PAINT));
+  const double of_objects = kPixelsOfObject * static_cast<double>(drawing.objects.size());
+  const double earned = of_objects + std::max(kFreeLayers * AreaOf(canvas) - limit, 0.0);
+  double total = spent;
+  for (size_t i = 0; i < boxes.size() && total <= limit + earned; ++i) {
     const Box seen = Common(boxes[i], canvas);
-    if (!seen.IsEmpty()) cost += std::visit(Cost(drawing, scale, seen), drawing.objects[i].shape);
+    if (!seen.IsEmpty()) total += std::visit(Cost(drawing, scale, seen), drawing.objects[i].shape);
   }
-  if (!(cost <= free + earned)) return false;
-  spent += std::max(cost - earned, 0.0);
+  if (!IsWithin(HOST_LIMIT_PAINT, AsCount(total), AsCount(earned))) return false;
+  spent += std::max(total - spent - of_objects, 0.0);
   return true;
 }
 

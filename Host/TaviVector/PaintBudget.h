@@ -7,9 +7,7 @@
 
 namespace tavi::host::vec {
 
-// Pixels that a drawing may cover for nothing: a canvas of 2048 x 2048 some 128 times over, about half a second.
-inline constexpr double kFreePixels = 536'870'912;
-// Of a larger canvas, so many times all of it.
+// A drawing may cover the pixels of HOST_LIMIT_PAINT for nothing; of a larger canvas, so many times all of it.
 inline constexpr double kFreeLayers = 16;
 // And for each object, a square of 64 x 64.
 inline constexpr double kPixelsOfObject = 4096;

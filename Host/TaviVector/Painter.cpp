@@ -150,6 +150,26 @@ class ShapePainter {
   uint32_t clip_ = kNone;
 };
 
+// Whether the object leaves nothing to be seen of what is beneath it: a plain rectangle beyond all sides of the canvas.
+bool CoversCanvas(const Scene& scene, const Object& object) {
+  const Rectangle* const rectangle = std::get_if<Rectangle>(&object.shape);
+  if (rectangle == nullptr || !IsShown(scene.drawing, object)) return false;
+  const Fill* const fill = Find(scene.drawing.fills, rectangle->style.fill);
+  if (fill == nullptr || fill->interior != Interior::kSolid) return false;
+  const Affine& m = scene.to_device;
+  const bool upright = (m.xy == 0 && m.yx == 0) || (m.xx == 0 && m.yy == 0);
+  if (!upright || Find(scene.drawing.clips, object.clip) != nullptr) return false;
+  return Contains(BoxOf(std::array{scene.Map(rectangle->corner), scene.Map(rectangle->opposite)}),
+                  scene.visible);
+}
+
+// The first of the objects that can be seen. Vector formats keep them all.
+size_t FirstSeen(const Scene& scene, size_t count) {
+  if (!scene.on_pixels) return 0;
+  while (count > 0 && !CoversCanvas(scene, scene.drawing.objects[count - 1])) --count;
+  return count > 0 ? count - 1 : 0;
+}
+
 }  // namespace
 
 bool IsShown(const Drawing& drawing, const Object& object) {
@@ -174,7 +194,7 @@ void Paint(const PaintJob& job, std::span<const Box> boxes, const Box& visible, 
   scene.scale = ScaleOf(job.to_device);
   scene.tolerance = job.on_pixels ? 0.1 : 0.01;
   ShapePainter painter(scene);
-  for (size_t i = 0; i < boxes.size(); ++i) {
+  for (size_t i = FirstSeen(scene, boxes.size()); i < boxes.size(); ++i) {
     if (scene.IsVisible(boxes[i])) painter.Paint(job.drawing.objects[i]);
   }
 }

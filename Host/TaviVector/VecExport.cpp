@@ -99,6 +99,7 @@ bool ExportPage(const Drawing& drawing, const Page& page, uint32_t kind, Sink* s
 using namespace tavi::host;
 
 int32_t HostVecExport(HostGlobalMemory* block, const HostVector* vector, uint32_t kind, uint64_t* size) {
+  HostForgetLimitHit();
   if (block != nullptr) *block = nullptr;
   if (size != nullptr) *size = 0;
   if (block == nullptr || vector == nullptr || size == nullptr) return ERR_NULL_ARGUMENT;

@@ -69,6 +69,7 @@ using namespace tavi::host;
 
 int32_t HostVecPaint(HostDrawingContext context, HostVector* vector, int32_t, int32_t, uint32_t, uint32_t,
                      const HostRect* rectangle, uint32_t, uint32_t) {
+  HostForgetLimitHit();
   if (context == nullptr || vector == nullptr || rectangle == nullptr) return ERR_NULL_ARGUMENT;
   if (!IsContext(context)) return ERR_INVALID_PARAMETER;
   PixelView target;

@@ -64,6 +64,7 @@ void HostVecRefreshView(HostVector*) {}
 void HostVecResetView(HostVector*) {}
 
 int32_t HostVecCopy(HostVector* target, const HostVector* source, uint32_t) {
+  HostForgetLimitHit();
   if (target == nullptr || source == nullptr) return ERR_NULL_ARGUMENT;
   const Drawing* const drawing = DrawingOf(source);
   if (drawing == nullptr) return ERR_INVALID_VECTOR;
@@ -76,8 +77,11 @@ int32_t HostVecCopy(HostVector* target, const HostVector* source, uint32_t) {
   } catch (const std::length_error&) {
     return ERR_NO_MEMORY;
   }
+  // What the copy holds is counted for itself: vectors that grew hold more than their copies.
+  const VectorPart held = LoadVectorPart(target);
   VectorPart settings = LoadVectorPart(source);
-  settings.drawing = DrawingOf(target);
+  settings.drawing = held.drawing;
+  settings.charged = held.charged;
   StoreVectorPart(target, settings);
   return SUCCESS;
 }

@@ -141,6 +141,7 @@ void HostVecInitObject(VectorObjectRecord* object) {
 
 int32_t HostVecAddLayer(HostVector* vector, const ObjectLayerRecord* record, HostVectorLayer* layer,
                         uint32_t) {
+  HostForgetLimitHit();
   if (vector == nullptr || record == nullptr || layer == nullptr) return ERR_NULL_ARGUMENT;
   if (record->size != sizeof *record) return ERR_INVALID_PARAMETER;
   return ChangeDrawing(vector, [&](Drawing& drawing) {
@@ -165,6 +166,7 @@ int32_t HostVecSetActiveLayer(HostVector* vector, const HostVectorLayer* layer) 
 
 int32_t HostVecAddObject(HostVector* vector, uint32_t, uint32_t kind, const VectorObjectRecord* object,
                          uint32_t) {
+  HostForgetLimitHit();
   if (vector == nullptr || object == nullptr) return ERR_NULL_ARGUMENT;
   // Records of single kinds are shorter than the union: only the head is read before the kind is known.
   const uint32_t size = RecordSize(kind);

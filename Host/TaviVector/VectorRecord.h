@@ -23,7 +23,7 @@ struct VectorPart {
   bool has_translation = false;
   HostRect viewport{};
   Point translation;     // noted, not carried out yet
-  uint64_t charged = 0;  // bytes of the drawing that count towards HostSetVectorLimit
+  uint64_t charged = 0;  // bytes of the drawing that count towards HOST_LIMIT_DRAWINGS
 };
 
 inline constexpr uint64_t kVectorMagic = 0x5243455649564154;

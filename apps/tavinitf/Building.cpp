@@ -141,6 +141,25 @@ Failure CheckResult(const ComparedFile& base, const ComparedFile& result, const 
   return std::nullopt;
 }
 
+// The library does not tell that it could read less of a text than there is: zeros stand for the rest.
+Failure CheckTexts(const std::vector<Part>& parts, const NitfContents& base, const ComparedFile& result) {
+  auto index = static_cast<uint32_t>(base.header.Number("NUMT"));
+  std::ifstream saved(result.path, std::ios::binary);
+  for (const Part& part : parts) {
+    if (part.kind != Part::Kind::kText) continue;
+    const Segment* text = result.contents.Find(SegmentKind::kText, index++);
+    std::ifstream file(part.file, std::ios::binary);
+    std::vector<char> expected(text == nullptr ? 0 : text->data.length);
+    std::vector<char> found(expected.size());
+    const auto size = static_cast<std::streamsize>(expected.size());
+    const bool is_read = file.read(expected.data(), size) && file.peek() == std::ifstream::traits_type::eof();
+    saved.seekg(static_cast<std::streamoff>(text == nullptr ? 0 : text->data.offset));
+    if (!is_read || !saved.read(found.data(), size) || expected != found)
+      return FailureLine(part.file, "not appended", "cannot be read in full", ERR_FILE_READ);
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 Failure BuildFrom(const std::string& base_path, const std::string& shown_base, const std::vector<Part>& parts,
@@ -164,6 +183,7 @@ Failure BuildFrom(const std::string& base_path, const std::string& shown_base, c
   const Reading result = Read(output.part());
   if (result.refusal) return NotReopened(target, result);
   if (!base.PutRight(output, result.contents)) return NotWritten(target, output.error());
+  if (Failure failure = CheckTexts(parts, reading.contents, {output.part(), result.contents})) return failure;
   std::vector<std::string> lines;
   if (Failure failure =
           CheckResult({base_path, reading.contents}, {output.part(), result.contents}, target, lines))

@@ -4,6 +4,7 @@
 
 #include "Commands.h"
 #include "FieldEdits.h"
+#include "Limits.h"
 #include "PictureWriter.h"
 
 namespace tavinitf {
@@ -115,6 +116,14 @@ void AddInfoCommand(CLI::App& app, int& exit_status) {
   command->callback([options, &exit_status] { exit_status = RunInfo(*options); });
 }
 
+void AddLimitsCommand(CLI::App& app, int& exit_status) {
+  auto options = std::make_shared<LimitsOptions>();
+  CLI::App* command =
+      app.add_subcommand("limits", "List what a file may ask for: names, values and reasons for --limit");
+  command->add_flag("--json", options->json, "Print a JSON array with one object for each limit");
+  command->callback([options, &exit_status] { exit_status = RunLimits(*options); });
+}
+
 void AddRenderCommand(CLI::App& app, int& exit_status) {
   auto options = std::make_shared<RenderOptions>();
   CLI::App* command = app.add_subcommand("render", "Draw files as pictures: all segments of a file as one");
@@ -169,9 +178,23 @@ void AddCommands(CLI::App& app, int& exit_status) {
   AddExtractCommand(app, exit_status);
   AddHeadersCommand(app, exit_status);
   AddInfoCommand(app, exit_status);
+  AddLimitsCommand(app, exit_status);
   AddRenderCommand(app, exit_status);
   AddSetCommand(app, exit_status);
   AddVerifyCommand(app, exit_status);
+}
+
+void AddLimitOption(CLI::App& app) {
+  app.add_option_function<std::vector<std::string>>(
+         "--limit",
+         [](const std::vector<std::string>& settings) {
+           for (const std::string& setting : settings) ApplyLimit(setting);
+         },
+         "What a file may ask for, before the subcommand: SIZE is the largest picture in bytes, such as 8GB "
+         "(2GB unless given), since a file of a few bytes can claim any; NAME is one of \"tavinitf limits\"")
+      ->check(ComplainOfLimit)
+      ->allow_extra_args(false)
+      ->type_name("SIZE|NAME=VALUE");
 }
 
 }  // namespace tavinitf

@@ -60,6 +60,11 @@ struct InfoOptions {
 };
 int RunInfo(const InfoOptions& options);
 
+struct LimitsOptions {
+  bool json = false;
+};
+int RunLimits(const LimitsOptions& options);
+
 inline constexpr unsigned kMostRenderThreads = 64;
 struct RenderOptions {
   std::vector<std::string> files;

@@ -45,6 +45,7 @@ struct FileReport {
 };
 
 FileReport Examine(const std::string& path) {
+  HostForgetLimitHit();
   FileReport report;
   report.path = path;
   report.reading = Read(path);

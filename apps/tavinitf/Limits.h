@@ -1,15 +1,15 @@
 // What files may ask for: the host's limits by name, on the command line and in refusals.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace tavinitf {
 
-// --limit SIZE and --limit NAME=VALUE, as often as they are given; later ones count.
-void AddLimitOption(CLI::App& app);
+// `8GB` for pictures and drawings, or `cells=2M`: what is wrong with it, nothing when it can be applied.
+std::string ComplainOfLimit(const std::string& setting);
+void ApplyLimit(const std::string& setting);
 
 // `more than the limit "picture" of 1024 bytes is asked for (--limit picture=VALUE raises it)`
 std::string LimitWords(uint32_t limit);

@@ -1,11 +1,13 @@
 #include "OutputFile.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -15,10 +17,44 @@
 namespace tavinitf {
 namespace {
 
-// Names of the parts under way, for the signal handler: it may only read memory and call unlink. One place
+// Names of the parts under way, for the signal handler: it may only read memory and call what is safe in it. One place
 // for each thread that can write; a part without a place is written all the same.
 constexpr size_t kSlots = 256;
 std::array<std::atomic<const char*>, kSlots> parts_under_way{};
+std::atomic<int> changes_under_way = 0;
+std::atomic<bool> is_ending = false;
+
+// The last ones come of faults in libraries, which do without memory badly.
+constexpr std::array kEndingSignals = {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT, SIGPIPE,
+                                       SIGXCPU, SIGABRT, SIGSEGV, SIGBUS};
+
+// While it lives, a part comes into being or goes: its file and its place among those under way do not agree, and no
+// signal that ends the program may come between. This thread puts signals off, a handler on another one waits.
+class PartChange {
+ public:
+  PartChange() {
+    sigset_t ending{};
+    sigemptyset(&ending);
+    for (const int number : kEndingSignals) sigaddset(&ending, number);
+    pthread_sigmask(SIG_BLOCK, &ending, &before_);
+    ++changes_under_way;
+    // What a handler has seen is what it removes: nothing may be added behind its back.
+    while (is_ending) {
+      --changes_under_way;
+      pause();
+      ++changes_under_way;
+    }
+  }
+  ~PartChange() {
+    --changes_under_way;
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  }
+  PartChange(const PartChange&) = delete;
+  PartChange& operator=(const PartChange&) = delete;
+
+ private:
+  sigset_t before_{};
+};
 
 size_t TakeSlot(const char* name) {
   for (size_t i = 0; i < kSlots; ++i) {
@@ -32,7 +68,14 @@ void FreeSlot(size_t slot) {
   if (slot < kSlots) parts_under_way[slot] = nullptr;
 }
 
+// A change takes as long as the system takes for a call; one that hangs is not waited for longer than a second.
+void AwaitChanges() {
+  for (int i = 0; i < 1000 && changes_under_way != 0; ++i) poll(nullptr, 0, 1);
+}
+
 void RemovePartsAndEnd(int signal) {
+  is_ending = true;
+  AwaitChanges();
   for (const auto& part : parts_under_way) {
     if (const char* name = part) unlink(name);
   }
@@ -62,10 +105,10 @@ bool ResolveTarget(const std::string& target, std::string& resolved, std::string
 
 OutputFile::~OutputFile() {
   if (file_ != nullptr) std::fclose(file_);
-  if (!part_.empty()) {
-    unlink(part_.c_str());
-    FreeSlot(slot_);
-  }
+  if (part_.empty()) return;
+  const PartChange change;
+  unlink(part_.c_str());
+  FreeSlot(slot_);
 }
 
 bool OutputFile::Fail(const std::string& reason) {
@@ -77,6 +120,17 @@ bool OutputFile::FailFromSystem() {
   return Fail(std::strerror(errno));
 }
 
+// Makes the file of that name, which is this output's part from then on. From the file to its place in the table
+// nothing may fail.
+int OutputFile::Create(std::string& part) {
+  const PartChange change;
+  const int descriptor = open(part.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (descriptor < 0) return descriptor;
+  part_.swap(part);
+  slot_ = TakeSlot(part_.c_str());
+  return descriptor;
+}
+
 bool OutputFile::Open(const std::string& target) {
   std::string reason;
   if (!ResolveTarget(target, target_, reason)) return Fail(reason);
@@ -84,12 +138,10 @@ bool OutputFile::Open(const std::string& target) {
   for (int attempt = 0; attempt < 1000; ++attempt) {
     const std::string name = "." + path.filename().string() + "." + std::to_string(getpid()) + "-" +
                              std::to_string(attempt) + ".part";
-    const std::string part = (path.parent_path() / name).string();
-    const int descriptor = open(part.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    std::string part = (path.parent_path() / name).string();
+    const int descriptor = Create(part);
     if (descriptor < 0 && errno == EEXIST) continue;
     if (descriptor < 0) return FailFromSystem();
-    part_ = part;
-    slot_ = TakeSlot(part_.c_str());
     file_ = fdopen(descriptor, "w+b");
     if (file_ == nullptr) {
       FailFromSystem();
@@ -121,10 +173,13 @@ int64_t OutputFile::Position() const {
 
 bool OutputFile::Commit() {
   if (!error_.empty()) return false;
+  // Some systems tell only now that there was no room for what they have taken. Some files cannot be synchronised.
   const bool flushed = std::fflush(file_) == 0 || FailFromSystem();
+  const bool stored = !flushed || fsync(fileno(file_)) == 0 || errno == EINVAL || FailFromSystem();
   const bool closed = std::fclose(file_) == 0 || FailFromSystem();
   file_ = nullptr;
-  if (!flushed || !closed) return false;
+  if (!flushed || !stored || !closed) return false;
+  const PartChange change;
   if (std::rename(part_.c_str(), target_.c_str()) != 0) return FailFromSystem();
   FreeSlot(slot_);
   part_.clear();
@@ -132,7 +187,11 @@ bool OutputFile::Commit() {
 }
 
 void RemovePartsOnSignals() {
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) std::signal(number, RemovePartsAndEnd);
+  for (const int number : kEndingSignals) {
+    // What is ignored, as by nohup, stays so, and so does what tells of faults of its own.
+    const auto before = std::signal(number, RemovePartsAndEnd);
+    if (before != SIG_DFL && before != SIG_ERR) std::signal(number, before);
+  }
   // A write beyond the file size limit is a failed write like any other.
   std::signal(SIGXFSZ, SIG_IGN);
 }

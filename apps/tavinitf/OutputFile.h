@@ -2,7 +2,6 @@
 // takes the target's place at the end.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -35,6 +34,7 @@ class OutputFile {
 
  private:
   bool FailFromSystem();
+  int Create(std::string& part);
 
   std::FILE* file_ = nullptr;
   std::string target_;
@@ -44,7 +44,8 @@ class OutputFile {
   size_t slot_ = 0;  // place in the table of parts to remove on a signal
 };
 
-// On SIGINT, SIGTERM and SIGHUP removes the parts that are being written, then ends as the signal asks.
+// On a signal that ends the program, and when it aborts, removes the parts that are being written and then ends as the
+// signal asks. Nothing can be done on SIGKILL: parts stay there, under their temporary names.
 void RemovePartsOnSignals();
 
 }  // namespace tavinitf

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "Drawing.h"
+#include "Limits.h"
 #include "PathNames.h"
 #include "PictureReader.h"
 #include "Refusal.h"
@@ -83,10 +84,8 @@ Failure CheckShape(const Part& part, const PictureShape& shape) {
   if (shape.width > kMostOfSide || shape.height > kMostOfSide)
     return NotAppended(part, size + " (a side may have at most 9999)", ERR_INVALID_PARAMETER);
   const uint64_t bytes = uint64_t{shape.width} * shape.height * shape.channels;
-  if (bytes > HostGetBitmapLimit()) {
-    return NotAppended(part, size + " take more than " + std::to_string(HostGetBitmapLimit()) + " bytes",
-                       ERR_NO_MEMORY);
-  }
+  if (HostWithinLimit(HOST_LIMIT_PICTURE, bytes, 0) == 0)
+    return NotAppended(part, size + ": " + LimitWords(HOST_LIMIT_PICTURE), ERR_NO_MEMORY);
   return std::nullopt;
 }
 
@@ -131,7 +130,12 @@ Failure AppendImage(const Document& document, const Part& part) {
 Failure AppendGraphic(const Document& document, const Part& part, uint64_t size) {
   Drawing drawing;
   const int32_t loaded = size == 0 ? ERR_FILE_FORMAT : drawing.Load(part.file, {0, size});
-  if (loaded != SUCCESS) return NotAppended(part, "is no CGM drawing that can be loaded", loaded);
+  if (loaded != SUCCESS) {
+    const bool is_none = loaded == ERR_FILE_FORMAT;
+    return NotAppended(
+        part, is_none ? "is no CGM drawing that can be loaded" : "cannot be loaded: " + StatusMeaning(loaded),
+        loaded);
+  }
   const int32_t status = Tavi_NITFAppendGraphicSegment(document.handle(), drawing.vector(), &part.rectangle);
   return CheckAppend(part, status,
                      status == ERR_INVALID_PARAMETER ? "the drawing reaches beyond row or column 99999" : "");

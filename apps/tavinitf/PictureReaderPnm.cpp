@@ -14,7 +14,15 @@ class PnmReader : public PictureReader {
  public:
   using PictureReader::PictureReader;
 
-  bool Begin() override {
+  bool Begin() override { return ReadHead() && CheckReads(); }
+
+  bool ReadRow(uint8_t* row) override { return ReadSamples(row) && CheckReads(); }
+
+ private:
+  // A character that is not read leaves a number as well, another one: a read that failed once spoils everything.
+  bool CheckReads() { return std::ferror(file_) == 0 || Fail("it cannot be read in full"); }
+
+  bool ReadHead() {
     std::fgetc(file_);  // the P
     const int kind = std::fgetc(file_);
     plain_ = kind == '2' || kind == '3';
@@ -26,7 +34,7 @@ class PnmReader : public PictureReader {
            Fail("its largest sample is " + std::to_string(most_) + " (1 to 65535 are read)");
   }
 
-  bool ReadRow(uint8_t* row) override {
+  bool ReadSamples(uint8_t* row) {
     const size_t count = size_t{shape_.width} * shape_.channels;
     if (plain_) return ReadPlainRow(row, count);
     const size_t width = most_ > kFull ? 2 : 1;
@@ -39,7 +47,6 @@ class PnmReader : public PictureReader {
     return true;
   }
 
- private:
   uint8_t Scaled(uint32_t sample) const {
     return static_cast<uint8_t>((std::min(sample, most_) * kFull + most_ / 2) / most_);
   }

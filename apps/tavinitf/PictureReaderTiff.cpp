@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "Limits.h"
 #include "PictureReader.h"
 #include "TaviHost.h"
 
@@ -35,8 +36,9 @@ class TiffReader : public PictureReader {
     if (TIFFRGBAImageOK(tiff_, reason) != 1) return Fail(reason);
     const bool tiled = TIFFIsTiled(tiff_) != 0;
     const auto piece = static_cast<uint64_t>(tiled ? TIFFTileSize64(tiff_) : TIFFStripSize64(tiff_));
-    return piece <= HostGetBitmapLimit() ||
-           Fail("one of its strips takes " + std::to_string(piece) + " bytes");
+    return HostWithinLimit(HOST_LIMIT_PICTURE, piece, 0) != 0 ||
+           Fail("one of its strips takes " + std::to_string(piece) +
+                " bytes: " + LimitWords(HOST_LIMIT_PICTURE));
   }
 
   bool ReadRow(uint8_t* row) override {

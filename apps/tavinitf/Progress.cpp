@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 
 namespace tavinitf {
@@ -34,8 +36,10 @@ void Progress::PrintLine(const std::string& line) {
 void Progress::Draw() {
   if (!terminal_ || done_ == total_ || std::chrono::steady_clock::now() - start_ < kQuietTime) return;
   const size_t filled = kBarWidth * done_ / total_;
-  const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
-  std::fprintf(stderr, "\r[%s] %zu of %zu", bar.c_str(), done_, total_);
+  std::array<char, kBarWidth + 1> bar{};  // takes no memory, so that nothing leaves a thread that draws it
+  std::fill_n(bar.begin(), kBarWidth, '.');
+  std::fill_n(bar.begin(), filled, '#');
+  std::fprintf(stderr, "\r[%s] %zu of %zu", bar.data(), done_, total_);
   std::fflush(stderr);
   drawn_ = true;
 }

@@ -4,10 +4,12 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string_view>
 #include <system_error>
 
 #include "Drawing.h"
+#include "Limits.h"
 #include "TaviNitf.h"
 
 namespace tavinitf {
@@ -21,8 +23,7 @@ struct StatusText {
 
 constexpr std::array<StatusText, 20> kStatuses = {{
     {SUCCESS, "SUCCESS", "done"},
-    {ERR_NO_MEMORY, "ERR_NO_MEMORY",
-     "more memory is needed than there is or than one picture may take (see --limit)"},
+    {ERR_NO_MEMORY, "ERR_NO_MEMORY", "more memory is needed than there is or than one picture can have"},
     {ERR_NO_BITMAP, "ERR_NO_BITMAP", "there is no valid bitmap"},
     {ERR_FILE_WRITE, "ERR_FILE_WRITE", "the file cannot be written"},
     {ERR_FILE_READ, "ERR_FILE_READ", "the file ends before the data that it announces"},
@@ -228,6 +229,7 @@ std::string StatusName(int32_t status) {
 }
 
 std::string StatusMeaning(int32_t status) {
+  if (const std::optional<std::string> limit = WordsOfLimitHit(status)) return *limit;
   const StatusText* text = FindStatus(status);
   return text == nullptr ? "a status of no known meaning" : text->meaning;
 }
@@ -277,6 +279,7 @@ std::string ExplainNoDrawing(int32_t status, const Segment& graphic) {
 }
 
 std::string ExplainDrawFailure(const std::string& path, int32_t status, const NitfContents& contents) {
+  if (const std::optional<std::string> limit = WordsOfLimitHit(status)) return *limit;
   switch (status) {
     case ERR_NOT_SUPPORTED:
     case ERR_UNSUPPORTED_COMPRESSION:

@@ -10,7 +10,8 @@ namespace tavinitf {
 
 // "ERR_FILE_READ"; "status 0" for a number outside the family.
 std::string StatusName(int32_t status);
-// What the status means in general: "the file ends before the data that it announces".
+// What the status means: the limit that this thread's last operation met, when it did, or in general: "the file ends
+// before the data that it announces".
 std::string StatusMeaning(int32_t status);
 
 // `complexity level "05" (only "03" is accepted)`: what the file holds and what is accepted. `path` is looked

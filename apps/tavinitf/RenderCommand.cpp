@@ -45,6 +45,7 @@ bool IsInput(const std::string& output, const std::vector<std::string>& inputs) 
 }
 
 Failure Render(const Job& job, const RenderOptions& options) {
+  HostForgetLimitHit();
   LoadOptions load = options.load;
   const std::optional<std::wstring> wide = WideFromUtf8(job.input);
   if (!wide) {
@@ -92,10 +93,19 @@ class RenderRun {
       try {
         failure = Render(jobs_[i], options_);
       } catch (const std::exception& error) {
-        failure = FailureLine(jobs_[i].input, "not drawn", error.what(), ERR_NO_MEMORY);
+        failure = NotDrawn(jobs_[i], error);
       }
       Report(i, std::move(failure));
       progress_.Advance();
+    }
+  }
+
+  // Also without any memory: nothing may leave a thread.
+  static Failure NotDrawn(const Job& job, const std::exception& error) noexcept {
+    try {
+      return FailureLine(job.input, "not drawn", error.what(), ERR_NO_MEMORY);
+    } catch (const std::exception&) {
+      return "out of memory";  // short enough to take none
     }
   }
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "TaviStatus.h"
 
@@ -21,6 +22,8 @@ Segment& SegmentOf(NitfContents& contents, SegmentKind kind, uint32_t index) {
   const auto same = [&](const Segment& s) { return s.kind == kind && s.index == index; };
   const auto found = std::find_if(segments.begin(), segments.end(), same);
   if (found != segments.end()) return *found;
+  // No field follows in the segment before this one: hostile headers have millions, which need no room to grow.
+  if (!segments.empty()) segments.back().fields.shrink_to_fit();
   Segment& made = segments.emplace_back();
   made.kind = kind;
   made.index = index;
@@ -55,7 +58,7 @@ void PlaceSegments(NitfContents& contents) {
     for (uint32_t i = 0; i < count; ++i) {
       const auto at = static_cast<int32_t>(i);
       if (contents.header.Find(table.data, at) == nullptr) break;  // the header ends before its tables do
-      Segment segment = SegmentOf(contents, table.kind, i);
+      Segment segment = std::move(SegmentOf(contents, table.kind, i));
       segment.subheader = {offset, contents.header.Number(table.subheader, at)};
       segment.data = {segment.subheader.end(), contents.header.Number(table.data, at)};
       offset = segment.data.end();

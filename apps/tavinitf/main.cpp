@@ -19,30 +19,11 @@ std::string Version() {
   return text;
 }
 
-// The pixels of one picture, and an eighth of it for the drawings of a file, which need far less.
-void SetLimits(uint64_t bytes) {
-  constexpr uint64_t kDrawingShare = 8;
-  HostSetBitmapLimit(bytes);
-  HostSetVectorLimit(bytes / kDrawingShare);
-}
-
-// A size is read as a number without a sign, which takes a minus for a very large one.
-CLI::Validator NotNegative() {
-  return {[](std::string& text) { return text.starts_with('-') ? "must not be negative" : std::string(); },
-          ""};
-}
-
 int Run(int argc, char** argv) {
   CLI::App app{"Looks into NITF files, draws them, makes and changes them.", "tavinitf"};
   app.set_version_flag("--version", Version);
   app.require_subcommand(1);
-  app.add_option_function<uint64_t>(
-         "--limit", SetLimits,
-         "The largest picture in bytes, such as 8GB, before the subcommand (2GB unless "
-         "given): a file of a few bytes can claim any size")
-      ->transform(CLI::AsSizeValue(false))
-      ->transform(NotNegative())
-      ->type_name("SIZE");
+  tavinitf::AddLimitOption(app);
   app.footer("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.");
   int exit_status = tavinitf::kDone;
   tavinitf::AddCommands(app, exit_status);

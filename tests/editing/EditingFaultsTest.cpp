@@ -195,5 +195,185 @@ TEST_F(EditingFaults, TheFileHeaderSetterGoesOn) {
       << "the blocks are empty";
 }
 
+// What works on a document that edits stand in: appended segments and a changed record.
+class EditedFaults : public EditingFaults {
+ protected:
+  using Work = std::function<int32_t(NitfHandle)>;
+
+  // A file with an image and a text more and another title of the first text, or a new document with one segment of
+  // each kind. Behind an appended graphic a file's own texts are looked for in the wrong place, so the file gets none.
+  [[nodiscard]] std::unique_ptr<Document> OpenEdited() {
+    auto document = std::make_unique<Document>(opened_ ? path_.c_str() : nullptr);
+    EXPECT_EQ(Tavi_NITFAppendImageSegment(document->handle, picture_.get(), 10, 24, 5), SUCCESS);
+    if (!opened_) {
+      EXPECT_EQ(Tavi_NITFAppendGraphicSegment(document->handle, drawing_.get(), &kPlace), SUCCESS);
+    }
+    EXPECT_EQ(Tavi_NITFAppendTextSegment(document->handle, text_.c_str()), SUCCESS);
+    TextRecord record(document->handle, 0);
+    record.Put(offsetof(NitfTextHeaderInfo, TXTITL), "changed");
+    EXPECT_EQ(Set(document->handle, 0, record.get()), SUCCESS);
+    return document;
+  }
+
+  // Makes each call of `work` fail. It may succeed all the same; whatever came of it, the document is what it was, it
+  // saves and `work` succeeds when the fault is gone. `check` sees the status of the work that met a fault.
+  void Walk(const Work& work, const std::function<void(int32_t status)>& check) {
+    const State before = AppendTest::StateOf(OpenEdited()->handle);
+    ASSERT_EQ(before.save_status, SUCCESS);
+    for (const Kind kind : tavi::faults::kAllKinds) {
+      for (const bool lasting : {false, true}) {
+        bool happened = true;
+        for (uint64_t nth = 1; happened && !HasFailure(); ++nth) {
+          SCOPED_TRACE(std::string(tavi::faults::Name(kind)) + " fails at call " + std::to_string(nth));
+          const uint64_t alive = HostLiveObjects();
+          const auto document = OpenEdited();
+          int32_t status = 0;
+          {
+            const Injection injection({kind, nth, lasting});
+            status = work(document->handle);
+            happened = injection.happened();
+          }
+          check(status);
+          EXPECT_TRUE(happened || status == SUCCESS) << status;
+          faults_ += happened ? 1 : 0;
+          failures_ += status != SUCCESS ? 1 : 0;
+          EXPECT_TRUE(AppendTest::StateOf(document->handle) == before);
+          EXPECT_EQ(work(document->handle), SUCCESS) << "it works when the fault is gone";
+          document->Close();
+          EXPECT_EQ(HostLiveObjects(), alive) << "the host counts a leak";
+        }
+      }
+    }
+  }
+
+  // The file under edit becomes a saved one with a drawing in it.
+  void OpenDrawable() {
+    opened_ = false;
+    const Bytes file = Saved(OpenEdited()->handle);
+    opened_ = true;
+    path_ = TextFile({file.begin(), file.end()}, "drawable.ntf");
+  }
+
+  bool opened_ = true;
+
+ private:
+  Picture picture_{20, 20};
+  Drawing drawing_{0, -10, 10, -1};
+};
+
+// A save that is called successful is whole.
+TEST_F(EditedFaults, Saving) {
+  const std::filesystem::path path = directory() / "walked.ntf";
+  const std::wstring name = path.wstring();
+  const auto save = [&](NitfHandle document) { return Tavi_NITFSaveFile(document, name.c_str()); };
+  for (const bool opened : {true, false}) {
+    opened_ = opened;
+    failures_ = 0;
+    const Bytes expected = Saved(OpenEdited()->handle);
+    Walk(save, [&](int32_t status) {
+      EXPECT_TRUE(status != SUCCESS || ReadBytes(path) == expected);
+      std::filesystem::remove(path);
+    });
+    EXPECT_GE(failures_, 10U);
+  }
+}
+
+template <class Record>
+int32_t GetAndFree(NitfHandle document, uint32_t index) {
+  Record record{};
+  const int32_t status = Get(document, index, &record);
+  tavi::records::Free(&record);
+  return status;
+}
+
+TEST_F(EditedFaults, GettingRecords) {
+  const Work gets[] = {
+      [](NitfHandle document) { return GetAndFree<NitfHeaderInfo>(document, 0); },
+      [](NitfHandle document) { return GetAndFree<NitfImageHeaderInfo>(document, 0); },
+      [](NitfHandle document) { return GetAndFree<NitfGraphicHeaderInfo>(document, 0); },
+      [](NitfHandle document) { return GetAndFree<NitfTextHeaderInfo>(document, 0); },
+  };
+  for (const Work& get : gets) {
+    failures_ = 0;
+    Walk(get, [](int32_t status) { EXPECT_TRUE(status == SUCCESS || status == ERR_NO_MEMORY) << status; });
+    EXPECT_GE(failures_, 2U);
+  }
+}
+
+// The first text is the file's, the second one was appended and takes no call of the host to get.
+TEST_F(EditedFaults, GettingTexts) {
+  uint8_t text[100];
+  const auto get = [&](NitfHandle document) {
+    const int32_t status = Tavi_NITFGetTextSegment(document, 0, text, nullptr);
+    return status != SUCCESS ? status : Tavi_NITFGetTextSegment(document, 1, text, nullptr);
+  };
+  Walk(get, [](int32_t status) { EXPECT_TRUE(status == SUCCESS || status == ERR_FILE_READ) << status; });
+  EXPECT_GE(failures_, 4U);
+}
+
+// The drawing of the file's graphic, whatever is asked for.
+TEST_F(EditedFaults, GettingADrawing) {
+  OpenDrawable();
+  const auto get = [](NitfHandle document) {
+    return Tavi_NITFGetVectorHandle(document, 0) != nullptr ? SUCCESS : ERR_NO_MEMORY;
+  };
+  Walk(get, [](int32_t) {});
+  EXPECT_GE(faults_, 4U);
+}
+
+// Setters are not undone when memory is short: they go on or end there. The document remains one that saves, and the
+// same record sets everything when the fault is gone.
+template <class Record>
+std::function<int32_t(NitfHandle)> SetterOf(Record* record, uint32_t index) {
+  return [=](NitfHandle document) { return Set(document, index, record); };
+}
+
+TEST_F(EditingFaults, SettingRecords) {
+  const Document source(path_);
+  HeaderRecord header(source.handle, 0);
+  ImageRecord image(source.handle, 0);
+  GraphicRecord graphic(source.handle, 0);
+  TextRecord text(source.handle, 0);
+  header.Put(offsetof(NitfHeaderInfo, FTITLE), "another title");
+  image.Put(offsetof(NitfImageHeaderInfo, IID2), "another name");
+  graphic.Put(offsetof(NitfGraphicHeaderInfo, SNAME), "another name");
+  text.Put(offsetof(NitfTextHeaderInfo, TXTITL), "another title");
+  const Edit setters[] = {SetterOf(header.get(), 0), SetterOf(image.get(), 0), SetterOf(graphic.get(), 0),
+                          SetterOf(text.get(), 0)};
+  for (const Edit& set : setters) {
+    State expected;
+    {
+      const Document document(path_);
+      ASSERT_EQ(set(document.handle), SUCCESS);
+      expected = AppendTest::StateOf(document.handle);
+    }
+    for (const Kind kind : tavi::faults::kAllKinds) {
+      for (const bool lasting : {false, true}) {
+        bool happened = true;
+        for (uint64_t nth = 1; happened && !HasFailure(); ++nth) {
+          SCOPED_TRACE("setter " + std::to_string(&set - setters) + ": " + tavi::faults::Name(kind) +
+                       " fails at call " + std::to_string(nth) + (lasting ? " and on" : ""));
+          const uint64_t alive = HostLiveObjects();
+          Document document(path_);
+          int32_t status = 0;
+          {
+            const Injection injection({kind, nth, lasting});
+            status = set(document.handle);
+            happened = injection.happened();
+          }
+          EXPECT_TRUE(status == SUCCESS || (happened && status == ERR_NO_MEMORY)) << status;
+          faults_ += happened ? 1 : 0;
+          EXPECT_EQ(AppendTest::StateOf(document.handle).save_status, SUCCESS);
+          EXPECT_EQ(set(document.handle), SUCCESS) << "it works when the fault is gone";
+          EXPECT_TRUE(AppendTest::StateOf(document.handle) == expected);
+          document.Close();
+          EXPECT_EQ(HostLiveObjects(), alive) << "the host counts a leak";
+        }
+      }
+    }
+  }
+  EXPECT_GT(faults_, 10U);
+}
+
 }  // namespace
 }  // namespace editing

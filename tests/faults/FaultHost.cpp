@@ -3,9 +3,13 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <sstream>
 
+#include "FaultNew.h"
 #include "TaviHost.h"
 
 namespace tavi::faults {
@@ -19,8 +23,9 @@ struct State {
   bool happened = false;
   bool watching = false;
   Demand demand;
-  int depth = 0;    // host operations that are running
-  int outside = 0;  // callbacks of the test that are running
+  int depth = 0;                      // host operations that are running
+  int outside = 0;                    // callbacks of the test that are running
+  std::array<const char*, 64> met{};  // operations that the library has called and that can fail
 };
 
 State state;
@@ -49,8 +54,18 @@ bool InLibrary() {
   return state.depth == 0 && state.outside == 0;
 }
 
-bool Fails(Kind kind) {
-  return InLibrary() && CountAndDecide(kind);
+void NoteMet(const char* operation) {
+  const char** const end = state.met.data() + state.met.size();
+  const char** place = std::find_if(state.met.data(), end,
+                                    [=](const char* name) { return name == nullptr || name == operation; });
+  if (place != end) *place = operation;
+}
+
+// `operation` lasts and is the same for each call of the same operation.
+bool Fails(Kind kind, const char* operation) {
+  if (!InLibrary()) return false;
+  NoteMet(operation);
+  return CountAndDecide(kind);
 }
 
 void NoteRequest(uint64_t bytes) {
@@ -150,6 +165,10 @@ const char* Name(Kind kind) {
       return "VecCopy";
     case Kind::kVecExtents:
       return "VecExtents";
+    case Kind::kTextOut:
+      return "TextOut";
+    case Kind::kContext:
+      return "ContextState";
   }
   return "unknown";
 }
@@ -190,21 +209,38 @@ Outside::~Outside() {
   --state.outside;
 }
 
-bool RequestFails(uint64_t bytes) {
+bool HasMet(const std::string& operation) {
+  return std::any_of(state.met.begin(), state.met.end(),
+                     [&](const char* name) { return name != nullptr && operation == name; });
+}
+
+std::vector<std::string> ListedOperations(const std::string& what) {
+  std::ifstream file(TAVI_FAULT_OPERATIONS);
+  std::vector<std::string> operations;
+  std::string line;
+  while (std::getline(file, line)) {
+    std::istringstream words(line);
+    std::string name;
+    std::string word;
+    if (words >> name >> word && name != "#" && word == what) {
+      operations.push_back(name);
+    }
+  }
+  return operations;
+}
+
+Refusal RefuseRequest(uint64_t bytes) {
   if (state.outside > 0) {
-    return false;
+    return Refusal::kNone;
   }
-  if (state.depth > 0) {
-    return CountAndDecide(Kind::kHostNew);
-  }
-  if (CountAndDecide(Kind::kNew)) {
-    return true;
+  if (CountAndDecide(state.depth > 0 ? Kind::kHostNew : Kind::kNew)) {
+    return Refusal::kNoMemory;
   }
   NoteRequest(bytes);
-  if (state.watching) {
+  if (state.watching && InLibrary()) {
     ++state.demand.blocks_left;
   }
-  return false;
+  return Refusal::kNone;
 }
 
 void NoteRelease() {
@@ -233,7 +269,7 @@ extern "C" {
 
 void* HostAllocMem(uint64_t count, uint64_t size, int32_t line, const wchar_t* unit) {
   NoteRequest(Product(count, size));
-  if (Fails(Kind::kAlloc)) {
+  if (Fails(Kind::kAlloc, __func__)) {
     return nullptr;
   }
   NEXT(HostAllocMem);
@@ -247,7 +283,7 @@ void HostFreeMem(void* block, int32_t line, const wchar_t* unit) {
 
 void* HostReallocMem(void* block, uint64_t size, int32_t line, const wchar_t* unit) {
   NoteRequest(size);
-  if (Fails(Kind::kAlloc)) {
+  if (Fails(Kind::kAlloc, __func__)) {
     return nullptr;
   }
   NEXT(HostReallocMem);
@@ -256,7 +292,7 @@ void* HostReallocMem(void* block, uint64_t size, int32_t line, const wchar_t* un
 
 void* HostAllocTemp(uint64_t count, uint64_t size, int32_t line, const wchar_t* unit) {
   NoteRequest(Product(count, size));
-  if (Fails(Kind::kAlloc)) {
+  if (Fails(Kind::kAlloc, __func__)) {
     return nullptr;
   }
   NEXT(HostAllocTemp);
@@ -279,7 +315,7 @@ void HostTrackRemove(int32_t kind, const void* object, int32_t line, const wchar
 }
 
 int64_t HostFileOpen(const wchar_t* name, uint32_t flags, uint32_t mode) {
-  if (Fails(Kind::kOpen)) {
+  if (Fails(Kind::kOpen, __func__)) {
     return -1;
   }
   NEXT(HostFileOpen);
@@ -293,10 +329,10 @@ void HostFileClose(int64_t file) {
 }
 
 uint64_t HostFileRead(int64_t file, void* buffer, uint64_t bytes) {
-  if (bytes > 0 && Fails(Kind::kReadNothing)) {
+  if (bytes > 0 && Fails(Kind::kReadNothing, __func__)) {
     return 0;
   }
-  const bool falls_short = bytes > 0 && Fails(Kind::kReadShort);
+  const bool falls_short = bytes > 0 && Fails(Kind::kReadShort, __func__);
   NEXT(HostFileRead);
   const uint64_t moved = next(file, buffer, bytes);
   if (!falls_short || moved == 0) {
@@ -310,26 +346,26 @@ uint64_t HostFileRead(int64_t file, void* buffer, uint64_t bytes) {
 
 uint64_t HostFileWrite(int64_t file, const void* buffer, uint64_t bytes) {
   NoteWrite();
-  if (bytes > 0 && Fails(Kind::kWriteNothing)) {
+  if (bytes > 0 && Fails(Kind::kWriteNothing, __func__)) {
     return 0;
   }
-  const bool falls_short = bytes > 0 && Fails(Kind::kWrite);
+  const bool falls_short = bytes > 0 && Fails(Kind::kWrite, __func__);
   NEXT(HostFileWrite);
   return next(file, buffer, falls_short ? bytes - 1 : bytes);
 }
 
 uint64_t HostFileWriteHuge(int64_t file, const void* buffer, uint64_t bytes) {
   NoteWrite();
-  if (bytes > 0 && Fails(Kind::kWriteNothing)) {
+  if (bytes > 0 && Fails(Kind::kWriteNothing, __func__)) {
     return 0;
   }
-  const bool falls_short = bytes > 0 && Fails(Kind::kWrite);
+  const bool falls_short = bytes > 0 && Fails(Kind::kWrite, __func__);
   NEXT(HostFileWriteHuge);
   return next(file, buffer, falls_short ? bytes - 1 : bytes);
 }
 
 int64_t HostFileSeek(int64_t file, int64_t offset, int32_t origin) {
-  if (Fails(Kind::kSeek)) {
+  if (Fails(Kind::kSeek, __func__)) {
     return -1;
   }
   NEXT(HostFileSeek);
@@ -345,7 +381,7 @@ void HostInitBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t width, ui
 int32_t HostCreateBitmap(HostBitmap* bitmap, uint64_t record_size, uint32_t memory_flags, uint32_t width,
                          uint32_t height, uint32_t bits, uint32_t order, const HostPaletteEntry* palette,
                          uint32_t view_perspective, void* data, uint64_t data_size) {
-  if (Fails(Kind::kCreateBitmap)) {
+  if (Fails(Kind::kCreateBitmap, __func__)) {
     HostInitBitmap(bitmap, record_size, 0, 0, 0);
     return ERR_NO_MEMORY;
   }
@@ -402,7 +438,7 @@ void HostPutBitmapColors(HostBitmap* bitmap, uint32_t first, uint32_t count,
 }
 
 int32_t HostAttachBitmapData(HostBitmap* bitmap, void* buffer, uint64_t size) {
-  if (Fails(Kind::kAttach)) {
+  if (Fails(Kind::kAttach, __func__)) {
     return ERR_NO_BITMAP;
   }
   NEXT(HostAttachBitmapData);
@@ -417,7 +453,7 @@ void HostLoadOptions(HostLoadFlagsRecord* record, uint64_t record_size) {
 int32_t HostLoadMemory(const void* buffer, HostBitmap* bitmap, uint64_t record_size, uint32_t bits,
                        uint32_t order, uint64_t size, HostLoadFlagsRecord* options,
                        HostFileInfo* information) {
-  if (Fails(Kind::kLoadMemory)) {
+  if (Fails(Kind::kLoadMemory, __func__)) {
     HostFreeBitmap(bitmap);
     return ERR_FILE_FORMAT;
   }
@@ -432,7 +468,7 @@ HostLoadHook HostSetLoadHook(HostLoadHook hook, void* user) {
 
 int32_t HostFileInfoMemory(const void* buffer, HostFileInfo* information, uint64_t record_size, uint64_t size,
                            uint32_t reserved1, uint32_t reserved2) {
-  if (Fails(Kind::kIdentify)) {
+  if (Fails(Kind::kIdentify, __func__)) {
     return ERR_NOT_SUPPORTED;
   }
   NEXT(HostFileInfoMemory);
@@ -441,7 +477,7 @@ int32_t HostFileInfoMemory(const void* buffer, HostFileInfo* information, uint64
 
 int32_t HostColorMerge(HostBitmap* destination, HostBitmap* const* bands, uint64_t record_size,
                        uint32_t flags) {
-  if (Fails(Kind::kMerge)) {
+  if (Fails(Kind::kMerge, __func__)) {
     HostFreeBitmap(destination);
     return ERR_NO_MEMORY;
   }
@@ -450,7 +486,7 @@ int32_t HostColorMerge(HostBitmap* destination, HostBitmap* const* bands, uint64
 }
 
 HostPaletteEntry* HostDefaultPalette(uint32_t bits) {
-  if (Fails(Kind::kDefaultPalette)) {
+  if (Fails(Kind::kDefaultPalette, __func__)) {
     return nullptr;
   }
   NEXT(HostDefaultPalette);
@@ -458,7 +494,7 @@ HostPaletteEntry* HostDefaultPalette(uint32_t bits) {
 }
 
 HostPalette HostCreatePalette(const HostPaletteEntry* entries, uint32_t count) {
-  if (Fails(Kind::kCreatePalette)) {
+  if (Fails(Kind::kCreatePalette, __func__)) {
     return nullptr;
   }
   NEXT(HostCreatePalette);
@@ -476,7 +512,7 @@ void HostDeleteObject(HostPalette object, int32_t line, const wchar_t* unit) {
 }
 
 HostDrawingContext HostCreateBitmapDC(HostBitmap* bitmap) {
-  if (Fails(Kind::kCreateDc)) {
+  if (Fails(Kind::kCreateDc, __func__)) {
     return nullptr;
   }
   NEXT(HostCreateBitmapDC);
@@ -490,7 +526,7 @@ void HostDeleteBitmapDC(HostDrawingContext context) {
 
 int32_t HostCombineBitmap(HostBitmap* destination, int32_t x, int32_t y, uint32_t width, uint32_t height,
                           const HostBitmap* source, int32_t source_x, int32_t source_y, uint32_t mode) {
-  if (Fails(Kind::kCombine)) {
+  if (Fails(Kind::kCombine, __func__)) {
     return ERR_NO_BITMAP;
   }
   NEXT(HostCombineBitmap);
@@ -498,7 +534,7 @@ int32_t HostCombineBitmap(HostBitmap* destination, int32_t x, int32_t y, uint32_
 }
 
 int32_t HostHistogram(const HostBitmap* bitmap, uint32_t* counters, uint32_t count, uint32_t flags) {
-  if (Fails(Kind::kHistogram)) {
+  if (Fails(Kind::kHistogram, __func__)) {
     return ERR_NO_BITMAP;
   }
   NEXT(HostHistogram);
@@ -506,7 +542,7 @@ int32_t HostHistogram(const HostBitmap* bitmap, uint32_t* counters, uint32_t cou
 }
 
 int32_t HostAdjustBitmap(HostBitmap* bitmap, int32_t amount) {
-  if (Fails(Kind::kAdjust)) {
+  if (Fails(Kind::kAdjust, __func__)) {
     return ERR_NO_MEMORY;
   }
   NEXT(HostAdjustBitmap);
@@ -514,7 +550,7 @@ int32_t HostAdjustBitmap(HostBitmap* bitmap, int32_t amount) {
 }
 
 HostPalette HostCreatePaintPalette(HostDrawingContext context, const HostBitmap* bitmap) {
-  if (Fails(Kind::kCreatePalette)) {
+  if (Fails(Kind::kCreatePalette, __func__)) {
     return nullptr;
   }
   NEXT(HostCreatePaintPalette);
@@ -524,7 +560,7 @@ HostPalette HostCreatePaintPalette(HostDrawingContext context, const HostBitmap*
 int32_t HostPaintBitmap(HostDrawingContext context, const HostBitmap* bitmap, const HostRect* source,
                         const HostRect* source_clip, const HostRect* destination,
                         const HostRect* destination_clip, uint32_t operation) {
-  if (Fails(Kind::kPaint)) {
+  if (Fails(Kind::kPaint, __func__)) {
     return ERR_INVALID_PARAMETER;
   }
   NEXT(HostPaintBitmap);
@@ -537,7 +573,7 @@ int32_t HostPaintBitmapKeyed(HostDrawingContext context, const HostBitmap* bitma
                              uint32_t reserved2, uint32_t reserved3, uint32_t reserved4, uint32_t reserved5,
                              uint32_t reserved6, uint32_t reserved7, uint32_t transparent, uint32_t reserved8,
                              uint32_t reserved9, uint32_t operation) {
-  if (Fails(Kind::kPaint)) {
+  if (Fails(Kind::kPaint, __func__)) {
     return ERR_INVALID_PARAMETER;
   }
   NEXT(HostPaintBitmapKeyed);
@@ -548,7 +584,7 @@ int32_t HostPaintBitmapKeyed(HostDrawingContext context, const HostBitmap* bitma
 
 int32_t HostSaveMemory(HostGlobalMemory* block, const HostBitmap* bitmap, uint32_t format, uint32_t bits,
                        int32_t quality_factor, uint64_t* size, const HostSaveOptionsRecord* options) {
-  if (Fails(Kind::kSaveMemory)) {
+  if (Fails(Kind::kSaveMemory, __func__)) {
     *block = nullptr;
     *size = 0;
     return ERR_NO_MEMORY;
@@ -559,7 +595,7 @@ int32_t HostSaveMemory(HostGlobalMemory* block, const HostBitmap* bitmap, uint32
 
 int32_t HostVecSaveMemory(HostGlobalMemory* block, const HostVector* vector, uint32_t format, uint64_t* size,
                           const HostSaveOptionsRecord* options) {
-  if (Fails(Kind::kSaveMemory)) {
+  if (Fails(Kind::kSaveMemory, __func__)) {
     *block = nullptr;
     *size = 0;
     return ERR_NO_MEMORY;
@@ -574,7 +610,7 @@ void HostGlobalFree(HostGlobalMemory block, int32_t line, const wchar_t* unit) {
 }
 
 void* GlobalLock(HostGlobalMemory block) {
-  if (Fails(Kind::kGlobalLock)) {
+  if (Fails(Kind::kGlobalLock, __func__)) {
     return nullptr;
   }
   NEXT(GlobalLock);
@@ -583,7 +619,7 @@ void* GlobalLock(HostGlobalMemory block) {
 
 int32_t HostVecLoadMemory(const void* data, HostVector* vector, uint64_t size, HostLoadFlagsRecord* options,
                           uint32_t reserved) {
-  if (Fails(Kind::kVecLoad)) {
+  if (Fails(Kind::kVecLoad, __func__)) {
     return ERR_FILE_FORMAT;
   }
   NEXT(HostVecLoadMemory);
@@ -597,16 +633,24 @@ void HostVecFree(HostVector* vector) {
 
 int32_t HostVecAddLayer(HostVector* vector, const ObjectLayerRecord* record, HostVectorLayer* layer,
                         uint32_t flags) {
-  if (Fails(Kind::kVecAdd)) {
+  if (Fails(Kind::kVecAdd, __func__)) {
     return ERR_NO_MEMORY;
   }
   NEXT(HostVecAddLayer);
   return next(vector, record, layer, flags);
 }
 
+int32_t HostVecSetActiveLayer(HostVector* vector, const HostVectorLayer* layer) {
+  if (Fails(Kind::kVecAdd, __func__)) {
+    return ERR_INVALID_PARAMETER;
+  }
+  NEXT(HostVecSetActiveLayer);
+  return next(vector, layer);
+}
+
 int32_t HostVecAddObject(HostVector* vector, uint32_t reserved1, uint32_t kind,
                          const VectorObjectRecord* object, uint32_t reserved2) {
-  if (Fails(Kind::kVecAdd)) {
+  if (Fails(Kind::kVecAdd, __func__)) {
     return ERR_NO_MEMORY;
   }
   NEXT(HostVecAddObject);
@@ -614,7 +658,7 @@ int32_t HostVecAddObject(HostVector* vector, uint32_t reserved1, uint32_t kind,
 }
 
 int32_t HostVecGetBounds(const HostVector* vector, uint32_t reserved1, HostRect* bounds, uint32_t reserved2) {
-  if (Fails(Kind::kVecExtents)) {
+  if (Fails(Kind::kVecExtents, __func__)) {
     return ERR_NO_MEMORY;
   }
   NEXT(HostVecGetBounds);
@@ -622,7 +666,7 @@ int32_t HostVecGetBounds(const HostVector* vector, uint32_t reserved1, HostRect*
 }
 
 int32_t HostVecGetExtents(const HostVector* vector, double smallest[3], double largest[3]) {
-  if (Fails(Kind::kVecExtents)) {
+  if (Fails(Kind::kVecExtents, __func__)) {
     return ERR_NO_MEMORY;
   }
   NEXT(HostVecGetExtents);
@@ -632,7 +676,7 @@ int32_t HostVecGetExtents(const HostVector* vector, double smallest[3], double l
 int32_t HostVecPaint(HostDrawingContext context, HostVector* vector, int32_t width, int32_t height,
                      uint32_t reserved1, uint32_t reserved2, const HostRect* rectangle, uint32_t reserved3,
                      uint32_t reserved4) {
-  if (Fails(Kind::kVecPaint)) {
+  if (Fails(Kind::kVecPaint, __func__)) {
     return ERR_NO_MEMORY;
   }
   NEXT(HostVecPaint);
@@ -645,7 +689,7 @@ void HostVecApplyTransform(HostVector* vector) {
 }
 
 int32_t HostVecCopy(HostVector* target, const HostVector* source, uint32_t flags) {
-  if (Fails(Kind::kVecCopy)) {
+  if (Fails(Kind::kVecCopy, __func__)) {
     return ERR_NO_MEMORY;
   }
   NEXT(HostVecCopy);
@@ -653,18 +697,43 @@ int32_t HostVecCopy(HostVector* target, const HostVector* source, uint32_t flags
 }
 
 int32_t TextOutA(HostDrawingContext context, int32_t x, int32_t y, const char* text, int32_t length) {
+  if (Fails(Kind::kTextOut, __func__)) {
+    return 0;
+  }
   NEXT(TextOutA);
   return next(context, x, y, text, length);
 }
 
 HostPalette SelectPalette(HostDrawingContext context, HostPalette palette, int32_t background) {
+  if (Fails(Kind::kContext, __func__)) {
+    return nullptr;
+  }
   NEXT(SelectPalette);
   return next(context, palette, background);
 }
 
 uint32_t RealizePalette(HostDrawingContext context) {
+  if (Fails(Kind::kContext, __func__)) {
+    return UINT32_MAX;
+  }
   NEXT(RealizePalette);
   return next(context);
+}
+
+int32_t SaveDC(HostDrawingContext context) {
+  if (Fails(Kind::kContext, __func__)) {
+    return 0;
+  }
+  NEXT(SaveDC);
+  return next(context);
+}
+
+int32_t RestoreDC(HostDrawingContext context, int32_t saved) {
+  if (Fails(Kind::kContext, __func__)) {
+    return 0;
+  }
+  NEXT(RestoreDC);
+  return next(context, saved);
 }
 
 int32_t MessageBoxA(void* owner, const char* text, const char* caption, uint32_t flags) {
@@ -678,7 +747,7 @@ void OutputDebugStringA(const char* text) {
 }
 
 int32_t _waccess(const wchar_t* path, int32_t mode) {
-  if (Fails(Kind::kAccess)) {
+  if (Fails(Kind::kAccess, __func__)) {
     return -1;
   }
   NEXT(_waccess);

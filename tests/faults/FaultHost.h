@@ -38,10 +38,12 @@ enum class Kind : uint8_t {
   kSaveMemory,      // HostSaveMemory and HostVecSaveMemory give ERR_NO_MEMORY and no block
   kGlobalLock,      // GlobalLock gives null
   kVecLoad,         // HostVecLoadMemory gives ERR_FILE_FORMAT and leaves the vector empty
-  kVecAdd,          // HostVecAddLayer and HostVecAddObject give ERR_NO_MEMORY
-  kVecPaint,        // HostVecPaint gives ERR_NO_MEMORY
-  kVecCopy,         // HostVecCopy gives ERR_NO_MEMORY
-  kVecExtents,      // HostVecGetBounds and HostVecGetExtents give ERR_NO_MEMORY
+  kVecAdd,  // HostVecAddLayer and HostVecAddObject give ERR_NO_MEMORY, HostVecSetActiveLayer ERR_INVALID_PARAMETER
+  kVecPaint,    // HostVecPaint gives ERR_NO_MEMORY
+  kVecCopy,     // HostVecCopy gives ERR_NO_MEMORY
+  kVecExtents,  // HostVecGetBounds and HostVecGetExtents give ERR_NO_MEMORY
+  kTextOut,     // TextOutA gives 0 and writes nothing
+  kContext,  // SaveDC and RestoreDC give 0, SelectPalette null, RealizePalette its failure; nothing is changed
 };
 
 inline constexpr Kind kAllKinds[] = {
@@ -50,9 +52,16 @@ inline constexpr Kind kAllKinds[] = {
     Kind::kCombine,       Kind::kHistogram,    Kind::kAdjust,     Kind::kPaint,        Kind::kDefaultPalette,
     Kind::kCreatePalette, Kind::kAccess,       Kind::kLoadMemory, Kind::kIdentify,     Kind::kMerge,
     Kind::kAttach,        Kind::kWrite,        Kind::kSaveMemory, Kind::kGlobalLock,   Kind::kVecLoad,
-    Kind::kVecAdd,        Kind::kVecPaint,     Kind::kVecCopy,    Kind::kVecExtents};
+    Kind::kVecAdd,        Kind::kVecPaint,     Kind::kVecCopy,    Kind::kVecExtents,   Kind::kTextOut,
+    Kind::kContext};
 
 const char* Name(Kind kind);
+
+// Whether the library has called that operation of the host so far, which can be made to fail.
+bool HasMet(const std::string& operation);
+
+// The operations that operations.txt says that of.
+std::vector<std::string> ListedOperations(const std::string& what);
 
 // Which call fails: the nth of its kind, counted from 1, and every later one when `lasting` is set.
 struct Fault {
@@ -99,10 +108,5 @@ class Outside {
   Outside(const Outside&) = delete;
   Outside& operator=(const Outside&) = delete;
 };
-
-// For the replaced operator new and delete: whether a request of that size fails, and that a block was
-// released.
-bool RequestFails(uint64_t bytes);
-void NoteRelease();
 
 }  // namespace tavi::faults

@@ -1,25 +1,36 @@
-// The global allocation functions, replaced in every form, so that each request of the library under test can
-// be counted and refused. They take no memory for themselves.
+// They take no memory for themselves.
+#include "FaultNew.h"
+
 #include <cstdlib>
 #include <new>
-
-#include "FaultHost.h"
+#include <stdexcept>
 
 namespace {
 
-void* Obtain(std::size_t bytes) noexcept {
-  if (tavi::faults::RequestFails(bytes)) {
-    return nullptr;
-  }
+using tavi::faults::Refusal;
+
+void* Take(std::size_t bytes) noexcept {
   return std::malloc(bytes == 0 ? 1 : bytes);
 }
 
-void* ObtainAligned(std::size_t bytes, std::align_val_t alignment) noexcept {
-  if (tavi::faults::RequestFails(bytes)) {
-    return nullptr;
-  }
+void* TakeAligned(std::size_t bytes, std::align_val_t alignment) noexcept {
   const auto step = static_cast<std::size_t>(alignment);
   return std::aligned_alloc(step, (bytes + step - 1) / step * step + (bytes == 0 ? step : 0));
+}
+
+// A block of `take`, or what the refusal says in its place.
+template <class Taker>
+void* OrThrow(std::size_t bytes, Taker take) {
+  const Refusal refusal = tavi::faults::RefuseRequest(bytes);
+  if (refusal == Refusal::kTooLong) throw std::length_error("too long");
+  void* const block = refusal == Refusal::kNone ? take() : nullptr;
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+
+template <class Taker>
+void* OrNull(std::size_t bytes, Taker take) noexcept {
+  return tavi::faults::RefuseRequest(bytes) == Refusal::kNone ? take() : nullptr;
 }
 
 void Release(void* block) noexcept {
@@ -29,38 +40,31 @@ void Release(void* block) noexcept {
   }
 }
 
-void* OrThrow(void* block) {
-  if (block == nullptr) {
-    throw std::bad_alloc();
-  }
-  return block;
-}
-
 }  // namespace
 
 void* operator new(std::size_t bytes) {
-  return OrThrow(Obtain(bytes));
+  return OrThrow(bytes, [=] { return Take(bytes); });
 }
 void* operator new[](std::size_t bytes) {
-  return OrThrow(Obtain(bytes));
+  return OrThrow(bytes, [=] { return Take(bytes); });
 }
 void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-  return Obtain(bytes);
+  return OrNull(bytes, [=] { return Take(bytes); });
 }
 void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
-  return Obtain(bytes);
+  return OrNull(bytes, [=] { return Take(bytes); });
 }
 void* operator new(std::size_t bytes, std::align_val_t alignment) {
-  return OrThrow(ObtainAligned(bytes, alignment));
+  return OrThrow(bytes, [=] { return TakeAligned(bytes, alignment); });
 }
 void* operator new[](std::size_t bytes, std::align_val_t alignment) {
-  return OrThrow(ObtainAligned(bytes, alignment));
+  return OrThrow(bytes, [=] { return TakeAligned(bytes, alignment); });
 }
 void* operator new(std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-  return ObtainAligned(bytes, alignment);
+  return OrNull(bytes, [=] { return TakeAligned(bytes, alignment); });
 }
 void* operator new[](std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-  return ObtainAligned(bytes, alignment);
+  return OrNull(bytes, [=] { return TakeAligned(bytes, alignment); });
 }
 
 void operator delete(void* block) noexcept {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
 #include <optional>
 
 #include "CgmPicture.h"
@@ -123,6 +124,55 @@ TEST_P(GraphicFaults, LeaveNothingAliveAndPass) {
     }
   }
   EXPECT_GT(faults, 3U);
+}
+
+// The walks above let each call fail: it is enough to see that there are such calls.
+using GraphicOperations = unit::UnitTest;
+TEST_F(GraphicOperations, AllThatCanFailAreMet) {
+  tavi::OwnedBitmap canvas;
+  ASSERT_EQ(HostCreateBitmap(canvas.get(), sizeof(HostBitmap), 1, 20, 20, 24, 1, nullptr, 1, nullptr, 0),
+            SUCCESS);
+  const tavi::BitmapContext context(canvas.get());
+  for (const Case& one : Cases()) {
+    NitfFile document;
+    ASSERT_EQ(Open20(document, one.file.Build().Write(directory())), SUCCESS);
+    EXPECT_EQ(tavi::DrawObjects(nullptr, context.get(), document), SUCCESS);
+  }
+  const std::vector<std::string> operations = ListedOperations("symbols");
+  EXPECT_GE(operations.size(), 5U);
+  for (const std::string& operation : operations) EXPECT_TRUE(HasMet(operation)) << operation;
+}
+
+// Opening a file of the 2.0 layout: a documented status, nothing alive, and it opens when the fault is gone.
+TEST_P(GraphicFaults, OpeningLeavesNothingAlive) {
+  const std::wstring path = GetParam().file.Build().Write(directory());
+  const uint64_t alive = HostLiveObjects();
+  uint64_t faults = 0;
+  for (const Kind kind : kAllKinds) {
+    for (const bool lasting : {false, true}) {
+      bool happened = true;
+      for (uint64_t nth = 1; happened; ++nth) {
+        SCOPED_TRACE(std::string(Name(kind)) + " fails at call " + std::to_string(nth));
+        {
+          NitfFile document;
+          const Injection injection({kind, nth, lasting});
+          const int32_t status = [&] {
+            try {
+              return Open20(document, path);
+            } catch (const std::bad_alloc&) {
+              return int32_t{ERR_NO_MEMORY};  // as the exports say to it
+            }
+          }();
+          happened = injection.happened();
+          ASSERT_TRUE(IsDocumented(status) || status == ERR_FILE_NOT_FOUND) << status;
+          ASSERT_TRUE(happened || status == SUCCESS);
+        }
+        ASSERT_EQ(HostLiveObjects(), alive);
+        faults += happened ? 1 : 0;
+      }
+    }
+  }
+  EXPECT_GT(faults, 20U);
 }
 
 // A data length that the file cannot hold is refused before memory is asked for.

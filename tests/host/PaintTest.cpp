@@ -1,3 +1,4 @@
+#include <cstring>
 #include <string>
 
 #include "HostTest.h"
@@ -129,6 +130,49 @@ TEST_F(PaintTest, PagesOfOneBitAtEveryOffset) {
         CheckPaint({&target, &source, {x, 1, x + int32_t{kWidth}, 7}}, nullptr,
                    Name(target, source) + " at " + std::to_string(x));
       }
+    }
+  }
+}
+
+// Rows of a big picture that one-bit pixels cover whole are expanded when they are looked at: by whatever that is, and
+// whatever is written meanwhile.
+TEST_F(PaintTest, BigPagesOfOneBitAreExpandedWhenTheyAreLookedAt) {
+  constexpr uint32_t kWidth = 1003;
+  for (const uint32_t to : {8u, 24u}) {
+    const uint32_t height = to == 8 ? 68 : 24;  // just as big as it takes
+    const auto bottom = static_cast<int32_t>(height);
+    for (const uint32_t perspective : {1u, 4u}) {
+      Bitmap page(kWidth + 16, height, 1);
+      Bitmap other(kWidth, height, 1);
+      Bitmap spot(5, 5, 24);
+      SetColorfulPalette(&page, 5);
+      SetColorfulPalette(&other, 6);
+      FillWithNoise(&page, to);
+      FillWithNoise(&other, to + 1);
+      FillWithNoise(&spot, 7);
+      Bitmap target(kWidth, height, to, 1, perspective);
+      const std::string name = std::to_string(to) + " bits, perspective " + std::to_string(perspective);
+      HostFillBitmap(target.get(), 0x112233);
+      const int32_t right = kWidth + 16;
+      CheckPaint({&target, &page, {-8, 0, right - 8, bottom}}, nullptr, name + ", cut at a byte");
+      CheckPaint({&target, &page, {-3, 5, right - 3, 5 + bottom}}, nullptr, name + ", cut in a byte");
+      CheckPaint({&target, &page, {-8, 2, right - 8, 2 + bottom}}, nullptr, name + ", again");
+      CheckPaint({&target, &spot, {700, 10, 705, 15}}, nullptr, name + ", a spot on it");
+      CheckPaint({&target, &other, {0, 9, int32_t{kWidth}, 9 + bottom}}, nullptr, name + ", others");
+      CheckPaint({&target, &page, {-16, 0, right - 16, bottom}}, nullptr, name + ", over all");
+
+      uint8_t whole[kWidth * 3 + 8] = {};
+      uint8_t part[7] = {};
+      HostGetBitmapRow(target.get(), part, 20, sizeof part);
+      HostGetBitmapRow(target.get(), whole, 20, target->bytes_per_line);
+      EXPECT_EQ(std::memcmp(part, whole, sizeof part), 0) << name;
+      HostPutBitmapRow(target.get(), "\1\2\3", 21, 3);
+      std::vector<uint8_t> before = target.Row(22);
+      HostPutBitmapRow(target.get(), before.data(), 22, 3);
+      EXPECT_EQ(target.Row(22), before) << name;
+      EXPECT_EQ(target.Row(21)[1], 2) << name;
+      HostClearBitmap(target.get());
+      EXPECT_EQ(target.Row(20), std::vector<uint8_t>(target->bytes_per_line)) << name;
     }
   }
 }

@@ -1,8 +1,10 @@
 // Streams that claim far more than they hold: refused at once, with little memory.
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstring>
+#include <fstream>
 
 #include "DeepJpegEncoder.h"
 #include "FaxEncoder.h"
@@ -267,6 +269,50 @@ TEST_F(BombTest, TilePartsThatPointBack) {
     Bitmap bitmap;
     const int32_t status = Load(stream, &bitmap);
     EXPECT_TRUE(status == SUCCESS || status < 0) << status;
+  }
+}
+
+// While it lives, the process may take no more than a gigabyte above what it has. AddressSanitizer's own memory allows
+// no such limit.
+class AddressSpaceLimit {
+ public:
+  AddressSpaceLimit() {
+    getrlimit(RLIMIT_AS, &former_);
+#if !defined(__SANITIZE_ADDRESS__)
+    std::ifstream statistics("/proc/self/statm");
+    rlim_t pages = 0;
+    statistics >> pages;
+    const rlimit limit{pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + (rlim_t{1} << 30),
+                       former_.rlim_max};
+    setrlimit(RLIMIT_AS, &limit);
+#endif
+  }
+  AddressSpaceLimit(const AddressSpaceLimit&) = delete;
+  AddressSpaceLimit& operator=(const AddressSpaceLimit&) = delete;
+  ~AddressSpaceLimit() {
+    setrlimit(RLIMIT_AS, &former_);
+  }
+
+ private:
+  rlimit former_{};
+};
+
+// The decoder asks for as much memory as a tile-part says it has, wherever it finds one.
+TEST_F(BombTest, TilePartsOfFourGigabytes) {
+  const Stream plain = SmallCodestream();
+  const size_t part = FindMarker(plain, 0x90);
+  const Stream empty_part = {0xFF, 0x90, 0x00, 0x0A, 0x00, 0x00, 0x00,
+                             0x00, 0x00, 0x0E, 0x00, 0x02, 0xFF, 0x93};
+  // Behind a marker that is not known, and so has no length: the decoder looks on two bytes further.
+  const Stream unknown = {0xFF, 0x31, 0x7F, 0xFF};
+  for (const Stream& before : {Stream(), empty_part, unknown}) {
+    Stream stream = plain;
+    Put(&stream, part + 6, 0xFFFFFFF0, 4);
+    Put(&stream, part + 10, before == empty_part ? 0x0102 : 0x0001, 2);
+    stream.insert(stream.begin() + static_cast<ptrdiff_t>(part), before.begin(), before.end());
+    const AddressSpaceLimit limit;
+    Bitmap bitmap;
+    EXPECT_EQ(Load(stream, &bitmap), SUCCESS) << before.size();
   }
 }
 

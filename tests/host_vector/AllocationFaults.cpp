@@ -1,9 +1,6 @@
-// The global allocation functions, replaced so that single requests can be refused. They take no memory themselves.
 #include "AllocationFaults.h"
 
-#include <cstdlib>
-#include <new>
-#include <stdexcept>
+#include "../faults/FaultNew.h"
 
 namespace {
 
@@ -30,57 +27,21 @@ bool Refuses() {
   return true;
 }
 
-void* Obtain(std::size_t bytes) noexcept {
-  if (Refuses()) return nullptr;
-  void* const block = std::malloc(bytes == 0 ? 1 : bytes);
-  if (block != nullptr) ++state.alive;
-  return block;
-}
-
-void* OrThrow(void* block) {
-  if (block == nullptr && state.too_long) throw std::length_error("too long");
-  if (block == nullptr) throw std::bad_alloc();
-  return block;
-}
-
-void Release(void* block) noexcept {
-  if (block == nullptr) return;
-  --state.alive;
-  std::free(block);
-}
-
 }  // namespace
 
-void* operator new(std::size_t bytes) {
-  return OrThrow(Obtain(bytes));
+namespace tavi::faults {
+
+Refusal RefuseRequest(uint64_t) {
+  if (Refuses()) return state.too_long ? Refusal::kTooLong : Refusal::kNoMemory;
+  ++state.alive;
+  return Refusal::kNone;
 }
-void* operator new[](std::size_t bytes) {
-  return OrThrow(Obtain(bytes));
+
+void NoteRelease() {
+  --state.alive;
 }
-void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-  return Obtain(bytes);
-}
-void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
-  return Obtain(bytes);
-}
-void operator delete(void* block) noexcept {
-  Release(block);
-}
-void operator delete[](void* block) noexcept {
-  Release(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-  Release(block);
-}
-void operator delete[](void* block, std::size_t) noexcept {
-  Release(block);
-}
-void operator delete(void* block, const std::nothrow_t&) noexcept {
-  Release(block);
-}
-void operator delete[](void* block, const std::nothrow_t&) noexcept {
-  Release(block);
-}
+
+}  // namespace tavi::faults
 
 namespace tavi::test {
 

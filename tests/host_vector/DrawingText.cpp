@@ -53,8 +53,15 @@ class Describer {
     if (index == kNone) return "none";
     const Stroke& stroke = drawing_.strokes.at(index);
     const bool gaps = stroke.type != LineType::kSolid;
-    return Color(stroke.color) + "*" + Number(drawing_.WidthOf(stroke)) + " type" + Value(stroke.type) +
-           (gaps ? " gap " + Color(stroke.gap_color) : "");
+    std::string text =
+        Color(stroke.color) + "*" + Number(drawing_.WidthOf(stroke)) + " type" + Value(stroke.type);
+    if (stroke.type == LineType::kCustom) {
+      for (const double dash : stroke.dashes) text += " " + Number(dash);
+    }
+    if (gaps) text += " gap " + Color(stroke.gap_color);
+    if (stroke.cap != LineCap::kButt) text += " cap" + Value(stroke.cap);
+    if (stroke.join != LineJoin::kMitre) return text + " join" + Value(stroke.join);
+    return stroke.mitre_limit < 10 ? text + " mitre " + Number(stroke.mitre_limit) : text;
   }
 
   std::string FillText(uint32_t index) const {
@@ -62,7 +69,7 @@ class Describer {
     const Fill& fill = drawing_.fills.at(index);
     std::string text = "interior" + Value(fill.interior) + Color(fill.color);
     if (fill.interior == Interior::kHatch)
-      text += " hatch" + Value(fill.hatch) + " gap " + Color(fill.gap_color);
+      text += " hatch" + Value(fill.hatch) + " from " + At(fill.origin) + " gap " + Color(fill.gap_color);
     if (fill.interior != Interior::kPattern) return text;
     const Pattern& pattern = drawing_.patterns.at(fill.pattern);
     text += " pattern" + std::to_string(pattern.columns) + "x" + std::to_string(pattern.rows);

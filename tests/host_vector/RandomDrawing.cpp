@@ -79,7 +79,13 @@ class Maker {
     stroke.color = Color();
     stroke.width = Between(0, 6);
     stroke.scaled = Chance(4);
-    stroke.type = Choose(LineType::kDashDotDot);
+    stroke.type = Choose(LineType::kCustom);
+    if (stroke.type == LineType::kCustom) {
+      for (int i = 2 * Between(1, 4); i > 0; --i) stroke.dashes.push_back(Between(1, 20));
+    }
+    if (Chance(4)) stroke.cap = Choose(LineCap::kSquare);
+    if (Chance(4)) stroke.join = Choose(LineJoin::kBevel);
+    if (Chance(8)) stroke.mitre_limit = Between(4, 36) / 4.0;
     stroke.gap_color = gap;
     return Intern(drawing_.strokes, stroke);
   }
@@ -168,7 +174,8 @@ class Maker {
   }
 
   std::string Characters() {
-    constexpr const char* kPieces[] = {"A", "b c", "(x)", "\xC3\xA9", "\xC2\xB0", "0", "~", "\xC3\xBF"};
+    constexpr const char* kPieces[] = {
+        "A", "b c", "(x)", "\xC3\xA9", "\xC2\xB0", "0", "~", "\xC3\xBF", "\xCE\xB1\xE2\x82\xAC"};
     std::string text;
     for (int i = Between(1, 12); i > 0; --i) text += kPieces[Below(std::size(kPieces))];
     if (Chance(40)) text += std::string(300, 'm');

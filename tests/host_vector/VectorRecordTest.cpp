@@ -223,5 +223,22 @@ TEST_F(VectorRecord, BoundsGoOutwardToWholePixelsAndStopAtTheirRange) {
   EXPECT_EQ(bounds.bottom, std::numeric_limits<int32_t>::max());
 }
 
+// A drawing that has grown holds more than its copies: were they to give back as much as it took, nothing could be loaded
+// any more.
+TEST_F(VectorRecord, CopiesGiveBackWhatTheyTook) {
+  host::vec::Drawing grown;
+  grown.strokes.reserve(100'000);
+  grown.strokes.push_back({});
+  Vector source(std::move(grown));
+  {
+    Vector copy;
+    ASSERT_EQ(HostVecCopy(copy.get(), source.get(), 0), SUCCESS);
+  }
+  HostVector other = {};
+  HostVecInit(&other);
+  EXPECT_EQ(host::vec::TakeDrawing(&other, host::vec::Drawing()), SUCCESS);
+  HostVecFree(&other);
+}
+
 }  // namespace
 }  // namespace tavi::test

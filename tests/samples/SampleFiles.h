@@ -30,6 +30,14 @@ std::vector<uint8_t> Bytes(const std::string& name);
 // The data of one image segment, found from HL and the length table of the file header.
 std::vector<uint8_t> ImageData(const std::string& name, size_t index);
 
+// A metafile, and where it was found.
+struct Metafile {
+  std::string name;
+  std::vector<uint8_t> bytes;
+};
+// $TAVI_SAMPLES/cgm/*.cgm, and the graphic segments of the files above. Empty when they are not there.
+std::vector<Metafile> Metafiles();
+
 struct Picture {
   uint32_t width = 0;
   uint32_t height = 0;

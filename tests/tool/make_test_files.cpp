@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "../graphics/CgmPicture.h"
+#include "LimitFiles.h"
 #include "NtfBuilder.h"
 
 namespace {
@@ -100,12 +101,12 @@ BuiltFile Patched(const char* field, const char* text) {
 }
 
 // More pixels than one bitmap may take.
-BuiltFile Huge() {
+BuiltFile Huge(uint32_t side) {
   ImageSpec image = GreyImage(1, 1);
-  image.nbpr = 900;
-  image.nbpc = 900;
-  image.nppbh = 900;
-  image.nppbv = 900;
+  image.nbpr = side;
+  image.nbpc = side;
+  image.nppbh = side;
+  image.nppbv = side;
   return NtfBuilder{image}.Build();
 }
 
@@ -306,7 +307,8 @@ int main(int argc, char** argv) {
   write("mixed.ntf", Mixed());
   write("coded.ntf", Coded("C8"));
   write("refused_coding.ntf", Coded("C0"));
-  write("huge.ntf", Huge());
+  write("huge.ntf", Huge(900));
+  write("vast.ntf", Huge(9998));  // more than there are addresses
   write("empty_document.ntf", NtfBuilder{}.Build());
   write("deep_bands.ntf", DeepBands());
   write("real_valued.ntf", RealValued());
@@ -333,5 +335,7 @@ int main(int argc, char** argv) {
   write("many_blocks.ntf", ManyBlocks());
   write("jpeg.ntf", Jpeg());
   write("drawings.ntf", Drawings());
+  for (const tavi_test::LimitFile& each : tavi_test::MakeLimitFiles())
+    write(("limit_" + each.limit + "_" + std::to_string(each.value) + ".ntf").c_str(), each.file);
   return 0;
 }

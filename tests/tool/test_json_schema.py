@@ -149,6 +149,12 @@ class JsonSchema(ToolTest):
         printed = json.loads(self.check("headers", "--json", FILES / "full.ntf", "--segment", "image:1").stdout)
         self.assertEqual(Validator(self.schemas["headers"]).complaints(printed), [])
 
+    def test_limits(self):
+        schema = json.loads((SCHEMAS / "limits.schema.json").read_text())
+        printed = json.loads(self.check("limits", "--json").stdout)
+        self.assertEqual(Validator(schema).complaints(printed), [])
+        self.assertNotEqual(Validator(schema).complaints([{**printed[0], "value": -1}]), [])
+
     def test_every_key_is_seen(self):
         """No property of the schemas is a promise that nothing keeps; labels belong to files that are refused, and
         test_verify.py cuts a file inside a look-up table."""

@@ -32,7 +32,8 @@ NOT_DRAWN = {
                           "[ERR_NOT_SUPPORTED -16]",
     "mixed.ntf": "graphic 0: its 10 bytes of data are no CGM drawing [ERR_FILE_FORMAT -9]",
     "data_cut.ntf": "image 0: its data end at byte {end}, the file at byte {size} [ERR_FILE_READ -7]",
-    "huge.ntf": "more memory is needed than there is or than one picture may take (see --limit) [ERR_NO_MEMORY -1]",
+    "huge.ntf": 'more than the limit "picture" of 2147483648 bytes is asked for (--limit picture=VALUE raises it) '
+                "[ERR_NO_MEMORY -1]",
 }
 
 

@@ -18,7 +18,7 @@ class Usage(ToolTest):
 
     def test_help_names_subcommands(self):
         text = self.check("--help").stdout
-        for name in ("info", "headers", "verify", "render", "extract", "copy", "set", "create", "append"):
+        for name in ("info", "headers", "verify", "limits", "render", "extract", "copy", "set", "create", "append"):
             self.assertIn(name, text)
         self.assertIn("Exit status: 0 done, 1 a file or the operation failed, 2 wrong usage.", text)
 
@@ -32,7 +32,7 @@ class Usage(ToolTest):
         out = self.folder / "limited.png"
         refused = self.run_tool("--limit", "1KB", "render", FILES / "color.ntf", "-o", out)
         self.assertEqual(refused.returncode, 1)
-        self.assertIn("(see --limit) [ERR_NO_MEMORY -1]", refused.stderr)
+        self.assertIn('limit "picture" of 1024 bytes', refused.stderr)
         self.assertFalse(out.exists())
         self.check("--limit", "1MB", "render", FILES / "color.ntf", "-o", out)
         self.assertTrue(out.exists())
