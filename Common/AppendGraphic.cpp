@@ -113,11 +113,10 @@ int32_t AppendGraphicSegment(NitfFile& document, HostVector* vector, const HostR
   constexpr uint32_t kTableEntry = 10;
   const uint64_t data = record.GraphicDataBuffer.size();
   NtfHdr& header = document.Header;
-  if (!AddGraphicSubheaderLength(header, kSubheader) ||
-      !AddGraphicDataLength(header, static_cast<uint32_t>(data))) {
-    return ERR_NO_MEMORY;
-  }
+  if (!MakeRoomForGraphic(header)) return ERR_NO_MEMORY;
   // Nothing fails from here on.
+  AddGraphicSubheaderLength(header, kSubheader);
+  AddGraphicDataLength(header, static_cast<uint32_t>(data));
   segment.Join(document.Graphics);
   ++document.GraphicCount;
   ++header.NumGraphics;

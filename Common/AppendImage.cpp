@@ -117,11 +117,10 @@ int32_t AppendImageSegment(NitfFile& document, const HostBitmap* bitmap, int32_t
   const uint32_t subheader = kFixedFields + static_cast<uint32_t>(bits / 8) * kBandRecord;
   const uint64_t data = record.PendingData.size();
   NtfHdr& header = document.Header;
-  if (!AddImageSubheaderLength(header, subheader) ||
-      !AddImageDataLength(header, static_cast<uint32_t>(data))) {
-    return ERR_NO_MEMORY;
-  }
+  if (!MakeRoomForImage(header)) return ERR_NO_MEMORY;
   // Nothing fails from here on.
+  AddImageSubheaderLength(header, subheader);
+  AddImageDataLength(header, static_cast<uint32_t>(data));
   if (document.IsNitf20 != 0) SetFieldText(record, "ICORDS", "N");
   segment.Join(document.Images);
   ++document.ImageCount;

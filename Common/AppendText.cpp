@@ -51,15 +51,6 @@ int32_t ReadText(TxSubHdr& record, const wchar_t* path) {
   return SUCCESS;
 }
 
-bool AddTextSubheaderLength(NtfHdr& header, uint32_t length) {
-  LengthList& list = header.LtshList;
-  if (header.NumTexts > kMostLengths) return false;
-  const uint64_t room = header.NumTexts + 1ULL;
-  if (list.size() < room && !list.Resize(room, Here())) return false;
-  list[header.NumTexts] = length;
-  return true;
-}
-
 }  // namespace
 
 int32_t SetTextData(TxSubHdr& record, const void* bytes, uint64_t size) {
@@ -88,11 +79,10 @@ int32_t AppendTextSegment(NitfFile& document, const wchar_t* path) {
   constexpr uint32_t kTableEntry = 9;
   const uint64_t data = record.TextDataBuffer.size() - 1;
   NtfHdr& header = document.Header;
-  if (!AddTextSubheaderLength(header, kSubheader) ||
-      !AddTextDataLength(header, static_cast<uint32_t>(data))) {
-    return ERR_NO_MEMORY;
-  }
+  if (!MakeRoomForText(header)) return ERR_NO_MEMORY;
   // Nothing fails from here on.
+  header.LtshList[header.NumTexts] = kSubheader;
+  AddTextDataLength(header, static_cast<uint32_t>(data));
   segment.Join(document.Texts);
   ++document.TextCount;
   ++header.NumTexts;

@@ -102,13 +102,13 @@ int32_t SetGraphicBound(R& record, const FieldRow<R>& row, int32_t first, int32_
 }
 
 constexpr FieldRow<R> kRows[] = {
-    TEXT(SY, 2).Must("SY", ERR_FILE_FORMAT).Then(MarkSignature).Starts("SY").Settable(),
-    TEXT(SID, 10).Starts("ID        ").Settable(),
-    TEXT(SNAME, 20).Blank().Settable(),
-    TEXT(SSCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U").Settable().Filled(kZeros),
+    TEXT(SY, 2).Must("SY", ERR_FILE_FORMAT).Then(MarkSignature).Starts("SY"),
+    TEXT(SID, 10).Starts("ID        "),
+    TEXT(SNAME, 20).Blank(),
+    TEXT(SSCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U").Filled(kZeros),
     SECURITY_ROWS(SS, DowngradesByEvent),
     TEXT(ENCRYP, 1).Filled(kZeros),
-    TEXT(SFMT, 1).Must("C|O|B", ERR_FILE_FORMAT).Starts("C").Settable().Filled(kZeros),
+    TEXT(SFMT, 1).Must("C|O|B", ERR_FILE_FORMAT).Starts("C").Filled(kZeros),
     TEXT(SSTRUCT, 13, kAbsent).Filled(kZeros),
     TEXT(NLIPS, kAbsent, 4).Filled(kZeros),
     TEXT(NPIXPL, kAbsent, 4).Filled(kZeros),
@@ -118,7 +118,7 @@ constexpr FieldRow<R> kRows[] = {
     TEXT(SALVL, 3).Number(&R::AttachmentLevel).WrittenFromNumber(),
     TEXT(SLOC, 10).SetBy(SetGraphicLocation).Pair(&R::LocationRow, &R::LocationColumn).Filled(kZeros),
     TEXT(SBND1, 10, kAbsent).SetBy(SetGraphicBound).Pair(&R::Bound1First, &R::Bound1Second).Filled(kZeros),
-    TEXT(SCOLOR, 1, kAbsent).Blank().Settable().WrittenAs(AlwaysColour),
+    TEXT(SCOLOR, 1, kAbsent).Blank().WrittenAs(AlwaysColour),
     TEXT(SBND2, 10).SetBy(SetGraphicBound).Pair(&R::Bound2First, &R::Bound2Second).Filled(kZeros),
     TEXT(SCOLOR, kAbsent, 1).Blank(),
     TEXT(SNUM, kAbsent, 6).Filled(kZeros),

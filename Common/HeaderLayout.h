@@ -103,7 +103,6 @@ struct FieldRow {
   bool terminated = R::kTerminatesTexts;
   Start start = Start::kNul;
   const char* start_text = nullptr;
-  bool settable = false;
 
   // What must stand in the file: one of `accepted`, texts of the field's width divided by "|".
   const char* accepted = nullptr;
@@ -176,9 +175,6 @@ struct FieldRow {
   }
   constexpr FieldRow Starts(const char* text) const {
     return With([&](FieldRow& row) { row.start_text = text; });
-  }
-  constexpr FieldRow Settable() const {
-    return With([](FieldRow& row) { row.settable = true; });
   }
   constexpr FieldRow Must(const char* texts, int32_t status, const char* shown = nullptr) const {
     return With([&](FieldRow& row) {
@@ -314,21 +310,16 @@ struct FieldRow {
 // The security fields behind the class are the same in every header but for the prefix of their names.
 // EVENT_RULE tells when the downgrading event of the 2.0 layout is present. Further columns of the
 // declassification exemption may follow.
-#define SECURITY_ROWS(PREFIX, EVENT_RULE, ...)                                                               \
-  TEXT(PREFIX##CLSY, 2, kAbsent).SecurityText().Settable(),                                                  \
-      TEXT(PREFIX##CODE, 11, 40).SecurityText().Settable(),                                                  \
-      TEXT(PREFIX##CTLH, 2, 40).SecurityText().Settable(),                                                   \
-      TEXT(PREFIX##REL, 20, 40).SecurityText().Settable(),                                                   \
-      TEXT(PREFIX##DCTP, 2, kAbsent).SecurityText().Settable(),                                              \
-      TEXT(PREFIX##DCDT, 8, kAbsent).SecurityText(),                                                         \
-      TEXT(PREFIX##DCXM, 4, kAbsent).SecurityText().Settable() __VA_ARGS__,                                  \
-      TEXT(PREFIX##DG, 1, kAbsent).SecurityText().Settable(), TEXT(PREFIX##DGDT, 8, kAbsent).SecurityText(), \
-      TEXT(PREFIX##CLTX, 43, kAbsent).SecurityText().Settable(),                                             \
-      TEXT(PREFIX##CATP, 1, kAbsent).SecurityText().Settable(),                                              \
-      TEXT(PREFIX##CAUT, 40, 20).SecurityText().Settable(),                                                  \
-      TEXT(PREFIX##CRSN, 1, kAbsent).SecurityText().Settable(),                                              \
-      TEXT(PREFIX##SRDT, 8, kAbsent).SecurityText(), TEXT(PREFIX##CTLN, 15, 20).SecurityText().Settable(),   \
-      TEXT(PREFIX##DWNG, kAbsent, 6).DowngradeText().Filled(R::kDowngradeFill),                              \
+#define SECURITY_ROWS(PREFIX, EVENT_RULE, ...)                                                       \
+  TEXT(PREFIX##CLSY, 2, kAbsent).SecurityText(), TEXT(PREFIX##CODE, 11, 40).SecurityText(),          \
+      TEXT(PREFIX##CTLH, 2, 40).SecurityText(), TEXT(PREFIX##REL, 20, 40).SecurityText(),            \
+      TEXT(PREFIX##DCTP, 2, kAbsent).SecurityText(), TEXT(PREFIX##DCDT, 8, kAbsent).SecurityText(),  \
+      TEXT(PREFIX##DCXM, 4, kAbsent).SecurityText() __VA_ARGS__,                                     \
+      TEXT(PREFIX##DG, 1, kAbsent).SecurityText(), TEXT(PREFIX##DGDT, 8, kAbsent).SecurityText(),    \
+      TEXT(PREFIX##CLTX, 43, kAbsent).SecurityText(), TEXT(PREFIX##CATP, 1, kAbsent).SecurityText(), \
+      TEXT(PREFIX##CAUT, 40, 20).SecurityText(), TEXT(PREFIX##CRSN, 1, kAbsent).SecurityText(),      \
+      TEXT(PREFIX##SRDT, 8, kAbsent).SecurityText(), TEXT(PREFIX##CTLN, 15, 20).SecurityText(),      \
+      TEXT(PREFIX##DWNG, kAbsent, 6).DowngradeText().Filled(R::kDowngradeFill),                      \
       TEXT(PREFIX##DEVT, kAbsent, 40).DowngradeText().When(EVENT_RULE)
 
 // Their buffers in R::Texts. The order matters in the file header, whose texts run on into each other.
@@ -357,16 +348,6 @@ void SetDefaults(R& record, std::span<const FieldRow<R>> rows) {
     if (row.start_text != nullptr)
       HostMemCopy(text, row.start_text, std::char_traits<char>::length(row.start_text));
   }
-}
-
-// The single-field setter of the row named `field`: blanks, the text at the left end, a NUL behind.
-// ERR_INVALID_PARAMETER for a text longer than the buffer, and then nothing changes.
-template <class R>
-int32_t SetField(R& record, std::span<const FieldRow<R>> rows, std::string_view field, const char* text) {
-  for (const FieldRow<R>& row : rows) {
-    if (row.settable && field == row.name) return SetFixedText(row.Text(record, 0), row.SetterLimit(), text);
-  }
-  return ERR_INVALID_PARAMETER;
 }
 
 }  // namespace tavi

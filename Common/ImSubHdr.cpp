@@ -387,15 +387,15 @@ constexpr FieldRow<R> BandTable() {
 }
 
 constexpr FieldRow<R> kRows[] = {
-    TEXT(IM, 2).Must("IM", ERR_FILE_FORMAT).Then(MarkSignature).Starts("IM").Settable(),
-    TEXT(IID1, 10).Starts("Missing ID").Settable(),
+    TEXT(IM, 2).Must("IM", ERR_FILE_FORMAT).Then(MarkSignature).Starts("IM"),
+    TEXT(IID1, 10).Starts("Missing ID"),
     TEXT(IDATIM, 14).Blank().Filled(kZeros),
-    TEXT(TGTID, 17).Blank().Settable(),
-    TEXT(IID2, 80).Blank().Settable(),
-    TEXT(ISCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U").Settable(),
+    TEXT(TGTID, 17).Blank(),
+    TEXT(IID2, 80).Blank(),
+    TEXT(ISCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U"),
     SECURITY_ROWS(IS, DowngradesByEvent),
     TEXT(ENCRYP, 1).Filled(kZeros),
-    TEXT(ISORCE, 42).Blank().Settable(),
+    TEXT(ISORCE, 42).Blank(),
     TEXT(NROWS, 8).Number(&R::Rows).Streamed(kSizeSentinel).WrittenFromNumber(),
     TEXT(NCOLS, 8).Number(&R::Cols).Streamed(kSizeSentinel).WrittenFromNumber(),
     TEXT(PVTYPE, 3)
@@ -403,7 +403,7 @@ constexpr FieldRow<R> kRows[] = {
         .Blank()
         .WrittenBy(WritePixelType),
     TEXT(IREP, 8).Code(&R::Representation, kRepresentations).Blank().WrittenAs(RepresentationText),
-    TEXT(ICAT, 8).Starts("VIS").Settable(),
+    TEXT(ICAT, 8).Starts("VIS"),
     TEXT(ABPP, 2).Number(&R::ActualBits).WrittenFromNumber(),
     TEXT(PJUST, 1).SetBy(SetPjust).Then(SetJustification).Blank().WrittenAs(JustificationText),
     TEXT(ICORDS, 1).SetBy(SetIcords).Blank(),

@@ -80,8 +80,8 @@ class BlockTile {
  public:
   explicit BlockTile(const SegmentJob& job) : job_(job) {}
 
-  // Makes the tile, of the blocks' width, `bits` per pixel and a colour order. The status of
-  // HostCreateBitmap.
+  // Makes the tile, of the blocks' width, `bits` per pixel and a colour order. ERR_INVALID_PARAMETER for blocks without
+  // an area, ERR_NO_MEMORY, the status of HostCreateBitmap or HostAttachBitmapData.
   int32_t Create(uint32_t bits, uint32_t order = 1);
   // Rows in a strip.
   uint32_t strip_rows() const { return strip_rows_; }

@@ -1,7 +1,10 @@
 #include "NtfHdr.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <initializer_list>
+#include <utility>
 
 #include "HeaderReader.h"
 #include "NitfFile.h"
@@ -196,25 +199,25 @@ constexpr FieldRow<R> ReservedExtensionTable() {
 constexpr char kHlSentinel[] = "9999";
 
 constexpr FieldRow<R> kRows[] = {
-    TEXT(FHDR, 4).Must("NITF|NSIF", ERR_FILE_FORMAT).Then(MarkValid).Terminated().Starts("NITF").Settable(),
+    TEXT(FHDR, 4).Must("NITF|NSIF", ERR_FILE_FORMAT).Then(MarkValid).Terminated().Starts("NITF"),
     TEXT(FVER, 5).Must("02.10", ERR_NOT_NITF).Starts("02.10"),
     TEXT(CLEVEL, 2)
         .SetBy(SetComplexityLevel)
         .Must("03", ERR_UNSUPPORTED_CLEVEL, "Unsupported CLEVEL")
         .Then(SetComplexity)
         .Starts("03"),
-    TEXT(STYPE, 4).Starts("BF01").Settable(),
-    TEXT(OSTAID, 10).Settable(),
+    TEXT(STYPE, 4).Starts("BF01"),
+    TEXT(OSTAID, 10),
     TEXT(FDT, 14).Starts("20050101010101"),
-    TEXT(FTITLE, 80).Blank().Settable(),
-    TEXT(FSCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U").Settable(),
+    TEXT(FTITLE, 80).Blank(),
+    TEXT(FSCLAS, 1).Must(kSecurityClasses, ERR_FILE_FORMAT).Starts("U"),
     SECURITY_ROWS(FS, DowngradesByEvent, .WrittenAs(DeclassificationDate)),
     TEXT(FSCOP, 5),
     TEXT(FSCPYS, 5),
     TEXT(ENCRYP, 1),
     TEXT(FBKGC, 3, kAbsent).SetBy(SetBackground).Then(PackBackground).Terminated().WrittenBy(WriteBackground),
-    TEXT(ONAME, 24, 27).Blank().Settable(),
-    TEXT(OPHONE, 18).Blank().Settable(),
+    TEXT(ONAME, 24, 27).Blank(),
+    TEXT(OPHONE, 18).Blank(),
     TEXT(FL, 12).Number(&R::FlValue, &R::FlMirror).Streamed("999999999999").WrittenAs(FileLength),
     TEXT(HL, 6)
         .Number(&R::HlRead, &R::HlWork)
@@ -246,13 +249,27 @@ uint32_t CountBlockTres(const HostArray<uint8_t>& block) {
   return static_cast<uint32_t>(CountTres(block.data(), static_cast<uint32_t>(block.size() - 1)));
 }
 
-bool AddEntry(uint32_t count, uint32_t value, LengthList& read, LengthList& work) {
+bool MakeRoom(uint32_t count, std::initializer_list<LengthList*> lists) {
+  constexpr size_t kMostLists = 4;
   if (count > kMostLengths) return false;
-  const uint64_t room = count + 1ULL;
-  if ((read.size() < room && !read.Resize(room, Here())) ||
-      (work.size() < room && !work.Resize(room, Here()))) {
-    return false;
+  std::array<LengthList, kMostLists> longer;
+  size_t at = 0;
+  for (const LengthList* list : lists) {
+    LengthList& copy = longer[at++];
+    if (list->size() > count) continue;
+    if (!copy.Allocate(count + 1ULL, Here())) return false;
+    if (list->exists()) HostMemCopy(copy.data(), list->data(), list->size() * sizeof(uint32_t));
   }
+  at = 0;
+  for (LengthList* list : lists) {
+    if (longer[at].exists()) *list = std::move(longer[at]);
+    ++at;
+  }
+  return true;
+}
+
+bool AddEntry(uint32_t count, uint32_t value, LengthList& read, LengthList& work) {
+  if (!MakeRoom(count, {&read, &work})) return false;
   read[count] = work[count] = value;
   return true;
 }
@@ -301,8 +318,14 @@ int32_t ReadFileHeader(NtfHdr& header, NitfFile& document, StrmFHdr& stream, uin
   return located == SUCCESS ? ReadFileHeader(header, document, stream, 1) : located;
 }
 
-int32_t SetHeaderField(NtfHdr& header, std::string_view field, const char* text) {
-  return SetField<NtfHdr>(header, kRows, field, text);
+bool MakeRoomForImage(NtfHdr& h) {
+  return MakeRoom(h.NumImages, {&h.LishRead, &h.LishWork, &h.LiRead, &h.LiWork});
+}
+bool MakeRoomForGraphic(NtfHdr& h) {
+  return MakeRoom(h.NumGraphics, {&h.LsshRead, &h.LsshWork, &h.LsRead, &h.LsWork});
+}
+bool MakeRoomForText(NtfHdr& h) {
+  return MakeRoom(h.NumTexts, {&h.LtshList, &h.LtRead, &h.LtWork});
 }
 
 bool AddImageSubheaderLength(NtfHdr& h, uint32_t length) {

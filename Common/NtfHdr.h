@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <span>
-#include <string_view>
 
 #include "HeaderLayout.h"
 
@@ -78,11 +77,13 @@ std::span<const FieldRow<NtfHdr>> ImageLengthColumns();
 // Reads the header from where the file stands. `streaming` 1: the pass over replacement data.
 int32_t ReadFileHeader(NtfHdr& header, NitfFile& document, StrmFHdr& stream, uint32_t streaming);
 
-// Sets one of the 19 text fields that have a setter of their own.
-int32_t SetHeaderField(NtfHdr& header, std::string_view field, const char* text);
-
 // No list grows beyond this: an application can set a count to anything.
 inline constexpr uint32_t kMostLengths = 99999;
+
+// Room for one more entry, 0, in all lists of a group; false without memory, and then all are as before.
+bool MakeRoomForImage(NtfHdr& header);
+bool MakeRoomForGraphic(NtfHdr& header);
+bool MakeRoomForText(NtfHdr& header);
 
 // One more entry for a new segment, at the index of the group's count, which the caller raises last. False
 // without memory, and then the lists are as before.

@@ -27,15 +27,15 @@ int32_t MarkSignature(R& record, const Field&) {
 }
 
 constexpr FieldRow<R> kRows[] = {
-    TEXT(TE, 2).Must("TE", ERR_FILE_FORMAT).Then(MarkSignature).Starts("TE").Settable(),
-    TEXT(TEXTID, 7, 10).Starts("ID        ").Settable(),
+    TEXT(TE, 2).Must("TE", ERR_FILE_FORMAT).Then(MarkSignature).Starts("TE"),
+    TEXT(TEXTID, 7, 10).Starts("ID        "),
     TEXT(TXTALVL, 3, kAbsent).Number(&R::AttachmentLevel).WrittenFromNumber(),
     TEXT(TXTDT, 14).Blank(),
-    TEXT(TXTITL, 80).Blank().Settable().Filled(Fill::kBlank),
-    TEXT(TSCLAS, 1).Starts("U").Settable(),
+    TEXT(TXTITL, 80).Blank().Filled(Fill::kBlank),
+    TEXT(TSCLAS, 1).Starts("U"),
     SECURITY_ROWS(TS, DowngradesByEvent),
     TEXT(ENCRYP, 1),
-    TEXT(TXTFMT, 3).Starts("STA").Settable(),
+    TEXT(TXTFMT, 3).Starts("STA"),
     TEXT(TXSHDL, 5),
     TEXT(TXSOFL, 3).When(HasExtendedData),
     FieldRow<R>::Block("TXSHD", &R::ExtendedTre, ExtendedDataLength).When(HasExtendedData),

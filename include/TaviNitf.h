@@ -173,9 +173,9 @@ TAVI_NITF_API int32_t GetActual_Width_Height(NitfFile* document, uint32_t* width
  * Status: that of the first segment that cannot be drawn, and then later ones are not drawn:
  * ERR_NOT_SUPPORTED for IC C0, C2, M0 and M2, ERR_FILE_READ when a segment's data end too early or are not in the
  * file, ERR_FILE_FORMAT when they do not fit their header, and for an image with which all images together cover
- * more than 2^30 pixels and 64 for each byte of the file; ERR_NO_MEMORY, also from the host for drawings that hold
- * or cover more than its limits allow; and what else the host reports; ERR_NULL_ARGUMENT for a null document or
- * drawing context.
+ * more pixels than HOST_LIMIT_IMAGES (2^30 unless changed) and 64 for each byte of the file; ERR_NO_MEMORY, also from
+ * the host for drawings that hold or cover more than its limits allow; and what else the host reports;
+ * ERR_NULL_ARGUMENT for a null document or drawing context.
  */
 TAVI_NITF_API int32_t Tavi_NitfDrawObjects(FilterLoadContext* context, HostDrawingContext drawing_context,
                                            HostBitmap* bitmap, NitfFile* document);
@@ -526,9 +526,8 @@ TAVI_NITF_API int32_t Tavi_NITFGetTextHeader(NitfHandle handle, uint32_t index, 
  *     and not the segments; each list is taken as far as the header has entries. After appends the getter's NUMI,
  *     NUMS, NUMT and HL are those of the header as it was read (0 in a new document), so that a get and a set resets
  *     the numbers and the header's length that the appends had brought up to date: the new segments' lengths then
- *     count as 0, here and in a save. LS changes where the source's drawings
- *     are looked for and not what a save writes. LRESH and LRE are taken for the first NUMDES entries. Any list may
- *     be null.
+ *     count as 0, here and in a save. LS changes where the source's drawings are looked for and not what a save
+ *     writes. LRESH and LRE are taken for the first NUMDES entries. Any list may be null.
  *
  * The subheader setters take the fields in an order of their own and stop at the first that is refused; those before
  * it keep their new values. The refused field is set a second time, and that result is returned. Results: SUCCESS;
@@ -605,7 +604,7 @@ TAVI_NITF_API int32_t Tavi_NITFAppendImageSegment(NitfHandle handle, HostBitmap*
  * graphic does to an opened file with texts or data extensions, and to drawing.
  * Results: SUCCESS; 0 when there are 999 graphics; ERR_NULL_HANDLE for a null handle or rectangle; ERR_NULL_ARGUMENT for
  * a null vector; ERR_INVALID_VECTOR for an empty one; ERR_INVALID_PARAMETER for a drawing that reaches beyond row or
- * column 99999; ERR_NO_MEMORY; the status of HostVecSaveMemory.
+ * column 99999; ERR_NO_MEMORY; the status of HostVecGetExtents or HostVecSaveMemory.
  */
 TAVI_NITF_API int32_t Tavi_NITFAppendGraphicSegment(NitfHandle handle, HostVector* vector,
                                                     const HostRect* rectangle);

@@ -245,6 +245,34 @@ TEST_F(AppendGraphic, TheFirstDrawingIsTheOneThatIsLoaded) {
   EXPECT_EQ(HostVecIsEmpty(second), 0);
 }
 
+// What stands first decides for all: pixels cannot be painted without a context, an object is built without one.
+TEST_F(AppendGraphic, ASymbolThatComesFirst) {
+  for (const char kind : {'B', 'O'}) {
+    SCOPED_TRACE(kind);
+    NtfBuilder file;
+    file.graphics.resize(2);
+    file.graphics[0].sfmt = kind;
+    file.graphics[0].data = Bytes(8, 0x55);
+    file.graphics[1].sdlvl = 2;
+    file.graphics[1].data = Bytes(9, 'g');
+    const Document document(Write(file));
+    ASSERT_EQ(document.open, SUCCESS);
+    for (int times = 0; times < 2; ++times) {
+      HostVector* first = Tavi_NITFGetVectorHandle(document.handle, 0);
+      HostVector* second = Tavi_NITFGetVectorHandle(document.handle, 1);
+      if (kind == 'B') {
+        EXPECT_EQ(first, nullptr);
+        EXPECT_EQ(second, nullptr);
+        continue;
+      }
+      ASSERT_NE(first, nullptr);
+      EXPECT_EQ(HostVecIsEmpty(first), 0);
+      ASSERT_NE(second, nullptr);
+      EXPECT_NE(HostVecIsEmpty(second), 0);
+    }
+  }
+}
+
 TEST_F(AppendGraphic, HandlesThatAreNot) {
   const Document document(FileOfTwo());
   EXPECT_EQ(Tavi_NITFGetVectorHandle(nullptr, 0), nullptr);

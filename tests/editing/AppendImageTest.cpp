@@ -310,6 +310,9 @@ TEST_F(AppendImage, DatesOfNewSegments) {
   ASSERT_EQ(Tavi_NITFAppendImageSegment(document.handle, picture.get(), kRgb, 8, 2), SUCCESS);
   EXPECT_EQ(ImageRecord(document.handle, 0).Chars(offsetof(NitfImageHeaderInfo, IDATIM), 14),
             "50020530010101");
+  ASSERT_EQ(Tavi_NITFAppendTextSegment(document.handle, (folder.path() / "in.txt").wstring().c_str()),
+            SUCCESS);
+  EXPECT_EQ(TextRecord(document.handle, 0).Chars(offsetof(NitfTextHeaderInfo, TXTDT), 14), "50020530010101");
 }
 
 }  // namespace

@@ -56,6 +56,30 @@ class EditingFaults : public AppendTest {
   [[nodiscard]] State StateOf(const Document& document) const { return AppendTest::StateOf(document.handle); }
   [[nodiscard]] State StateOf(NitfHandle document) const { return AppendTest::StateOf(document); }
 
+  // What a failed edit has left behind the ends of the lists would show when an application raises the numbers.
+  [[nodiscard]] bool HidesNoLengths(const Edit& edit, const tavi::faults::Fault& fault, bool opened) const {
+    const auto document = Open(opened);
+    {
+      const Injection injection(fault);
+      edit(document->handle);
+    }
+    NitfHeaderInfo header = {};
+    Tavi_NITFGetNITFHeader(document->handle, &header);
+    NitfHeaderInfo raised = header;
+    ++raised.NUMI, ++raised.NUMS, ++raised.NUMT;
+    raised.LISH = raised.LI = raised.LSSH = raised.LS = raised.LTSH = raised.LT = nullptr;
+    Tavi_NITFSetNITFHeader(document->handle, &raised);
+    Tavi_NITFFreeNITFHeader(&header);
+    NitfHeaderInfo shown = {};
+    Tavi_NITFGetNITFHeader(document->handle, &shown);
+    const bool hidden = shown.NUMI != raised.NUMI || shown.LISH[raised.NUMI - 1] != 0 ||
+                        shown.LI[raised.NUMI - 1] != 0 || shown.LSSH[raised.NUMS - 1] != 0 ||
+                        shown.LS[raised.NUMS - 1] != 0 || shown.LTSH[raised.NUMT - 1] != 0 ||
+                        shown.LT[raised.NUMT - 1] != 0;
+    Tavi_NITFFreeNITFHeader(&shown);
+    return !hidden;
+  }
+
   void Walk(const Edit& edit, bool leaves_no_trace, Kind kind, bool lasting, bool opened,
             const State& untouched, const State& edited) {
     constexpr uint64_t kFarTooMany = 5000;
@@ -78,6 +102,7 @@ class EditingFaults : public AppendTest {
       ++faults_;
       failures_ += status != SUCCESS;
       if (status != SUCCESS && leaves_no_trace) {
+        EXPECT_TRUE(HidesNoLengths(edit, {kind, nth, lasting}, opened));
         EXPECT_LT(status, 0);
         const State after = StateOf(document->handle);
         EXPECT_TRUE(after == untouched) << status;
@@ -142,6 +167,130 @@ TEST_F(EditingFaults, ExchangingADrawing) {
   };
   Walk(exchange, false);
   EXPECT_GT(failures_, 40U);
+}
+
+// The drawing as CGM, written by the host with the settings that its vector has by now.
+Bytes CgmOf(const HostVector* vector) {
+  HostGlobalMemory block = nullptr;
+  uint64_t size = 0;
+  HostSaveOptionsRecord options{};
+  HostSaveOptions(&options, sizeof options);
+  EXPECT_EQ(HostVecSaveMemory(&block, vector, 62, &size, &options), SUCCESS);
+  const auto* bytes = static_cast<const uint8_t*>(GlobalLock(block));
+  Bytes cgm(bytes, bytes + size);
+  GlobalUnlock(block);
+  HostGlobalFree(block, __LINE__, nullptr);
+  return cgm;
+}
+
+// Where a saved file has the data of its only graphic.
+struct GraphicData {
+  size_t place;
+  size_t length;
+};
+GraphicData OnlyGraphicOf(const Bytes& saved) {
+  size_t place = NumberAt(saved, kHlPlace, 6);
+  const size_t images = NumberAt(saved, kNumiPlace, 3);
+  for (size_t i = 0; i < images; ++i) {
+    const size_t entry = kNumiPlace + 3 + 16 * i;
+    place += NumberAt(saved, entry, 6) + NumberAt(saved, entry + 6, 10);
+  }
+  const size_t entry = kNumiPlace + 3 + 16 * images + 3;
+  EXPECT_EQ(NumberAt(saved, entry - 3, 3), 1U);
+  return {place + NumberAt(saved, entry, 4), NumberAt(saved, entry + 4, 6)};
+}
+
+// The document has no trace of a drawing that cannot be written; the caller's vector stays where it was moved to,
+// with the viewport that it was given.
+TEST_F(EditingFaults, ADrawingThatCannotBeWrittenStaysMoved) {
+  constexpr int32_t kRefused = -77;
+  Drawing unmoved(2, -17, 12, -1);
+  for (const bool opened : {false, true}) {
+    const Document document(opened ? path_.c_str() : nullptr);
+    const State before = AppendTest::StateOf(document.handle);
+    Drawing drawing(2, -6, 12, 10);
+    {
+      const Injection injection({Kind::kSaveMemory, 1, false, kRefused});
+      EXPECT_EQ(Tavi_NITFAppendGraphicSegment(document.handle, drawing.get(), &kPlace), kRefused);
+      EXPECT_TRUE(injection.happened());
+    }
+    EXPECT_TRUE(AppendTest::StateOf(document.handle) == before);
+    const Drawing::Extents reach = drawing.Reach();
+    EXPECT_DOUBLE_EQ(reach.largest[1], -1);
+    EXPECT_DOUBLE_EQ(reach.smallest[1], -17);
+    EXPECT_DOUBLE_EQ(reach.smallest[0], 2);
+    EXPECT_DOUBLE_EQ(reach.largest[0], 12);
+    const Bytes left = CgmOf(drawing.get());
+    EXPECT_NE(left, CgmOf(unmoved.get()));
+
+    // It is not moved again.
+    const NewDocument other;
+    ASSERT_EQ(Tavi_NITFAppendGraphicSegment(other.handle, drawing.get(), &kPlace), SUCCESS);
+    EXPECT_DOUBLE_EQ(drawing.Reach().largest[1], -1);
+    const Bytes saved = Saved(other.handle);
+    const GraphicData data = OnlyGraphicOf(saved);
+    EXPECT_EQ(FieldAt(saved, data.place, data.length), std::string(left.begin(), left.end()));
+  }
+}
+
+// Without memory for the list of levels a new segment is as if it were the first: level 1, attached to nothing.
+TEST_F(EditingFaults, LevelsThatCannotBeLookedUp) {
+  NtfBuilder file;
+  file.images = {tavi_test::GreyImage(4, 4)};
+  const std::wstring path = Write(file);
+  Picture picture(4, 4, 8);
+  Drawing drawing(0, -10, 10, -1);
+  struct Levels {
+    uint32_t display;
+    uint32_t attachment;
+    bool operator==(const Levels&) const = default;
+  };
+  struct Case {
+    Edit append;
+    std::function<Levels(NitfHandle)> shown;
+    std::vector<Levels> levels;  // of the appends that succeed, each with one allocation missing
+  };
+  const Case cases[] = {
+      {[&](NitfHandle d) { return Tavi_NITFAppendImageSegment(d, picture.get(), 182, 8, 5); },
+       [](NitfHandle d) {
+         const ImageRecord record(d, 1);
+         return Levels{record->IDLVL, record->IALVL};
+       },
+       {{1, 0}}},
+      {[&](NitfHandle d) { return Tavi_NITFAppendGraphicSegment(d, drawing.get(), &kPlace); },
+       [](NitfHandle d) {
+         const GraphicRecord record(d, 0);
+         return Levels{record->SDLVL, record->SALVL};
+       },
+       {{1, 1}, {2, 0}}},
+      {[&](NitfHandle d) { return Tavi_NITFAppendTextSegment(d, text_.c_str()); },
+       [](NitfHandle d) {
+         return Levels{0, TextRecord(d, 0)->TXTALVL};
+       },
+       {{0, 0}}},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(&one - cases);
+    std::vector<Levels> found;
+    bool happened = true;
+    for (uint64_t nth = 1; happened && nth < 100; ++nth) {
+      const Document document(path);
+      int32_t status = 0;
+      {
+        const Injection injection({Kind::kAlloc, nth, false});
+        status = one.append(document.handle);
+        happened = injection.happened();
+      }
+      EXPECT_EQ(status == SUCCESS || status == ERR_NO_MEMORY, true) << status;
+      if (!happened || status != SUCCESS) continue;
+      found.push_back(one.shown(document.handle));
+      Saved(document.handle);
+      const Document again(Output().wstring());
+      ASSERT_EQ(again.open, SUCCESS);
+      EXPECT_EQ(one.shown(again.handle), found.back());
+    }
+    EXPECT_EQ(found, one.levels);
+  }
 }
 
 // The field that lacks memory is set a second time. When there is some by then, the setter ends there all the same,
@@ -319,6 +468,56 @@ TEST_F(EditedFaults, GettingADrawing) {
   };
   Walk(get, [](int32_t) {});
   EXPECT_GE(faults_, 4U);
+}
+
+// The new data are taken and the segment's drawing is gone; the length that the file header gives stays, and a save
+// cuts the data there.
+TEST_F(EditedFaults, ADrawingThatCannotBeCopied) {
+  constexpr int32_t kRefused = -77;
+  OpenDrawable();
+  Drawing drawing(0, -100, 50, -1);
+  VectorObjectRecord object;
+  HostVecInitObject(&object);
+  object.rectangle.size = sizeof object.rectangle;
+  object.rectangle.kind = VECTOR_RECTANGLE;
+  object.rectangle.corner = {60, -300, 0, 0};
+  object.rectangle.opposite = {90, -20, 0, 0};
+  object.rectangle.pen.size = sizeof object.rectangle.pen;
+  object.rectangle.brush.size = sizeof object.rectangle.brush;
+  ASSERT_EQ(HostVecAddObject(drawing.get(), 0, VECTOR_RECTANGLE, &object, 0), SUCCESS);
+  Bytes exchanged;
+  {
+    const Document document(path_);
+    ASSERT_EQ(Tavi_NITFSetVectorHandle(document.handle, 0, drawing.get()), SUCCESS);
+    exchanged = Saved(document.handle);
+  }
+
+  const Document document(path_);
+  const Bytes before = Saved(document.handle);
+  const uint32_t length = FileLength(document.handle);
+  HostVector* own = Tavi_NITFGetVectorHandle(document.handle, 0);
+  ASSERT_NE(own, nullptr);
+  ASSERT_EQ(HostVecIsEmpty(own), 0);
+  {
+    const Injection injection({Kind::kVecCopy, 1, false, kRefused});
+    EXPECT_EQ(Tavi_NITFSetVectorHandle(document.handle, 0, drawing.get()), kRefused);
+    EXPECT_TRUE(injection.happened());
+  }
+  EXPECT_NE(HostVecIsEmpty(own), 0);
+  EXPECT_EQ(HostVecIsEmpty(drawing.get()), 0);
+  EXPECT_EQ(FileLength(document.handle), length);
+  const GraphicData old_data = OnlyGraphicOf(before);
+  const GraphicData new_data = OnlyGraphicOf(exchanged);
+  ASSERT_LT(old_data.length, new_data.length);
+  Bytes expected = before;
+  std::copy_n(exchanged.begin() + static_cast<std::ptrdiff_t>(new_data.place), old_data.length,
+              expected.begin() + static_cast<std::ptrdiff_t>(old_data.place));
+  EXPECT_NE(expected, before);
+  EXPECT_EQ(Saved(document.handle), expected);
+
+  ASSERT_EQ(Tavi_NITFSetVectorHandle(document.handle, 0, drawing.get()), SUCCESS) << "when it can be copied";
+  EXPECT_EQ(HostVecIsEmpty(own), 0);
+  EXPECT_EQ(Saved(document.handle), exchanged);
 }
 
 // Setters are not undone when memory is short: they go on or end there. The document remains one that saves, and the

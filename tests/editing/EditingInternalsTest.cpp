@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "Append.h"
+#include "HeaderSetter.h"
 #include "HostFixture.h"
 #include "ImageEditing.h"
 #include "NitfFile.h"
@@ -73,6 +74,40 @@ TEST_F(EditingInternals, AnImageOfThe20Layout) {
   EXPECT_EQ(document.Header.HlWork, 404U);
   EXPECT_EQ(document.ImagesInFile, 0U);
   HostFreeBitmap(&bitmap);
+}
+
+// Every document that an export hands out has a header. Without one, the fields alone change.
+TEST_F(EditingInternals, LengthsWithoutAHeader) {
+  const auto set = [](tavi::ImSubHdr& image, const char* field, const char* text) {
+    return tavi::SetText(image, *tavi::FindRow<tavi::ImSubHdr>(tavi::ImageRows(), field), text);
+  };
+  NitfFile document;
+  tavi::MakeEmptyDocument(document);
+  tavi::NtfHdr& header = document.Header;
+  ASSERT_TRUE(tavi::AddImageSubheaderLength(header, 500));
+  header.NumImages = 1;
+  for (const bool owned : {true, false}) {
+    tavi::ImSubHdr image(owned ? &document : nullptr);
+    document.HeaderValid = 0;
+    ASSERT_EQ(set(image, "ICORDS", "U"), SUCCESS);
+    ASSERT_EQ(set(image, "IC", "C3"), SUCCESS);
+    EXPECT_STREQ(image.Text.ICORDS, "U");
+    EXPECT_STREQ(image.Text.IC, "C3");
+    EXPECT_STREQ(header.Text.FL, "000000000388");
+    EXPECT_EQ(header.FlValue, 388U);
+    EXPECT_EQ(header.FlMirror, 388U);
+    EXPECT_EQ(header.LishWork[0], 500U);
+    document.HeaderValid = 1;
+    ASSERT_EQ(set(image, "ICORDS", " "), SUCCESS);
+    ASSERT_EQ(set(image, "IC", "NC"), SUCCESS);
+    EXPECT_STREQ(header.Text.FL, owned ? "000000000324" : "000000000388");
+    EXPECT_EQ(header.FlValue, owned ? 324U : 388U);
+    EXPECT_EQ(header.FlMirror, header.FlValue);
+    EXPECT_EQ(header.LishWork[0], owned ? 436U : 500U);
+    EXPECT_EQ(header.LishRead[0], 500U);
+    ASSERT_EQ(set(image, "ICORDS", "U"), SUCCESS);
+    ASSERT_EQ(set(image, "IC", "C3"), SUCCESS);
+  }
 }
 
 TEST_F(EditingInternals, DataInMemory) {

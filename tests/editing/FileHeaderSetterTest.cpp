@@ -112,6 +112,38 @@ TEST_F(FileHeaderSetter, WhatIsRefusedIsPassedOver) {
   }
 }
 
+// The version runs on over the second half of the signature; where it is shorter, all of the signature is seen.
+TEST_F(FileHeaderSetter, TheSignature) {
+  struct Case {
+    const char* signature;
+    const char* with_version;
+    const char* alone;
+  };
+  const Case cases[] = {{"NITF", "NI2.", "NITF"}, {"NSIF", "NS2.", "NSIF"}, {"N", "N 2.", "N   "},
+                        {"", "  2.", "    "},     {"abcd", "ab2.", "abcd"}, {"NSIFx", "NI2.", "NITF"},
+                        {nullptr, "NI2.", "NITF"}};
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.signature != nullptr ? one.signature : "none");
+    for (const bool alone : {false, true}) {
+      BuiltFile expected = Baseline();
+      const Document document(path_);
+      HeaderRecord record(document.handle, 0);
+      Complete(record);
+      constexpr size_t kPlace = offsetof(NitfHeaderInfo, FHDR);
+      if (one.signature != nullptr) {
+        record.Put(kPlace, one.signature);
+      } else {
+        record.PutNull(kPlace);
+      }
+      if (alone) record->FVER = std::numeric_limits<float>::infinity();
+      ASSERT_EQ(Set(document.handle, 0, record.get()), SUCCESS);
+      expected.Patch("FHDR", alone ? one.alone : one.with_version);
+      if (alone) expected.Patch("FVER", "00inf");
+      EXPECT_EQ(Saved(document.handle), expected.bytes);
+    }
+  }
+}
+
 TEST_F(FileHeaderSetter, AShortTextIsCompletedWithBlanks) {
   const Document document(path_);
   HeaderRecord record(document.handle, 0);
@@ -167,6 +199,31 @@ TEST_F(FileHeaderSetter, AnotherLevelIsNotOpenedAgain) {
   EXPECT_EQ(again.open, ERR_UNSUPPORTED_CLEVEL);
   ASSERT_EQ(host().messages().size(), 1U);
   EXPECT_EQ(host().messages()[0].text, "Unsupported CLEVEL");
+}
+
+// No getter shows the reserved number. A save writes it, and what is saved is not opened again.
+TEST_F(FileHeaderSetter, TheReservedNumber) {
+  struct Case {
+    uint32_t number;
+    const char* saved;
+  };
+  const Case cases[] = {{0, "000"}, {7, "007"}, {42, "042"}, {999, "999"}, {1234, "123"}};
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.number);
+    BuiltFile expected = Baseline();
+    const Document document(path_);
+    HeaderRecord record(document.handle, 0);
+    Complete(record);
+    record->NUMX = one.number;
+    ASSERT_EQ(Set(document.handle, 0, record.get()), SUCCESS);
+    EXPECT_EQ(+HeaderRecord(document.handle, 0)->NUMX, 0U);
+    expected.Patch("NUMX", one.saved);
+    BuiltFile saved = SavedLike(document.handle, built_);
+    EXPECT_EQ(saved.bytes, expected.bytes);
+    saved.Patch("FHDR", "NITF").Patch("FVER", "02.10");
+    const Document again(saved.Write(directory(), "again.ntf"));
+    EXPECT_EQ(again.open, one.number == 0 ? SUCCESS : ERR_FILE_FORMAT);
+  }
 }
 
 TEST_F(FileHeaderSetter, Versions) {

@@ -68,6 +68,10 @@ bool Fails(Kind kind, const char* operation) {
   return CountAndDecide(kind);
 }
 
+int32_t FaultStatus() {
+  return state.fault.status;
+}
+
 void NoteRequest(uint64_t bytes) {
   if (state.watching && InLibrary()) {
     state.demand.largest_block = std::max(state.demand.largest_block, bytes);
@@ -252,6 +256,7 @@ void NoteRelease() {
 }  // namespace tavi::faults
 
 using tavi::faults::Fails;
+using tavi::faults::FaultStatus;
 using tavi::faults::HostScope;
 using tavi::faults::Kind;
 using tavi::faults::Next;
@@ -587,7 +592,7 @@ int32_t HostSaveMemory(HostGlobalMemory* block, const HostBitmap* bitmap, uint32
   if (Fails(Kind::kSaveMemory, __func__)) {
     *block = nullptr;
     *size = 0;
-    return ERR_NO_MEMORY;
+    return FaultStatus();
   }
   NEXT(HostSaveMemory);
   return next(block, bitmap, format, bits, quality_factor, size, options);
@@ -598,7 +603,7 @@ int32_t HostVecSaveMemory(HostGlobalMemory* block, const HostVector* vector, uin
   if (Fails(Kind::kSaveMemory, __func__)) {
     *block = nullptr;
     *size = 0;
-    return ERR_NO_MEMORY;
+    return FaultStatus();
   }
   NEXT(HostVecSaveMemory);
   return next(block, vector, format, size, options);
@@ -690,7 +695,7 @@ void HostVecApplyTransform(HostVector* vector) {
 
 int32_t HostVecCopy(HostVector* target, const HostVector* source, uint32_t flags) {
   if (Fails(Kind::kVecCopy, __func__)) {
-    return ERR_NO_MEMORY;
+    return FaultStatus();
   }
   NEXT(HostVecCopy);
   return next(target, source, flags);

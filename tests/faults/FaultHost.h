@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "TaviStatus.h"
+
 namespace tavi::faults {
 
 enum class Kind : uint8_t {
@@ -35,12 +37,12 @@ enum class Kind : uint8_t {
   kMerge,           // HostColorMerge gives ERR_NO_MEMORY and an empty record
   kAttach,          // HostAttachBitmapData gives ERR_NO_BITMAP
   kWrite,           // HostFileWrite and HostFileWriteHuge move one byte less than they could
-  kSaveMemory,      // HostSaveMemory and HostVecSaveMemory give ERR_NO_MEMORY and no block
+  kSaveMemory,      // HostSaveMemory and HostVecSaveMemory give the fault's status and no block
   kGlobalLock,      // GlobalLock gives null
   kVecLoad,         // HostVecLoadMemory gives ERR_FILE_FORMAT and leaves the vector empty
   kVecAdd,  // HostVecAddLayer and HostVecAddObject give ERR_NO_MEMORY, HostVecSetActiveLayer ERR_INVALID_PARAMETER
   kVecPaint,    // HostVecPaint gives ERR_NO_MEMORY
-  kVecCopy,     // HostVecCopy gives ERR_NO_MEMORY
+  kVecCopy,     // HostVecCopy gives the fault's status
   kVecExtents,  // HostVecGetBounds and HostVecGetExtents give ERR_NO_MEMORY
   kTextOut,     // TextOutA gives 0 and writes nothing
   kContext,  // SaveDC and RestoreDC give 0, SelectPalette null, RealizePalette its failure; nothing is changed
@@ -68,6 +70,7 @@ struct Fault {
   Kind kind;
   uint64_t nth;
   bool lasting;
+  int32_t status = ERR_NO_MEMORY;  // what the operations of kSaveMemory and kVecCopy give
 };
 
 // What the library asked for while a Watch was alive.

@@ -13,8 +13,9 @@
 #include <string_view>
 #include <vector>
 
-#include "HeaderLayout.h"
+#include "HeaderSetter.h"
 #include "NtfBuilder.h"
+#include "PublicMembers.h"
 
 namespace unit {
 
@@ -155,30 +156,47 @@ inline void ExpectNoOtherBuffers(Facts facts, size_t size) {
   EXPECT_EQ(covered.size(), size);
 }
 
-// Sets texts one shorter than the limit, at it and one longer; a field without a setter is refused.
-template <class R, class Set>
-void ExpectSetters(Facts facts, R& record, Set set) {
+// Sets texts one shorter than the limit, at it and one longer, as the exports do.
+template <class R>
+void ExpectSetters(Facts facts, R& record, std::span<const tavi::FieldRow<R>> rows) {
   for (const FieldFact& fact : facts) {
-    if (fact.buffer == 0) continue;
+    if (fact.setter == 0) continue;
+    SCOPED_TRACE(fact.name);
+    const tavi::FieldRow<R>* const row = tavi::FindRow(rows, fact.name);
+    ASSERT_NE(row, nullptr);
     char* buffer = reinterpret_cast<char*>(&record.Text) + fact.offset;
     const auto found = [&] { return std::string(buffer, fact.buffer); };
     const std::string rubbish(fact.buffer, '\x7E');
     std::memcpy(buffer, rubbish.data(), rubbish.size());
-    if (fact.setter == 0) {
-      EXPECT_EQ(set(record, fact.name, "x"), ERR_INVALID_PARAMETER) << fact.name;
-      EXPECT_EQ(found(), rubbish) << fact.name;
-      continue;
-    }
-    ASSERT_EQ(fact.setter, fact.buffer - 1) << fact.name;
+    ASSERT_EQ(fact.setter, fact.buffer - 1);
     const std::string full = std::string(fact.setter - 1, 'w') + 'e';
-    EXPECT_EQ(set(record, fact.name, (full + "x").c_str()), ERR_INVALID_PARAMETER) << fact.name;
-    EXPECT_EQ(found(), rubbish) << fact.name << " after a text too long by one";
-    EXPECT_EQ(set(record, fact.name, full.c_str()), SUCCESS) << fact.name;
-    EXPECT_EQ(found(), full + '\0') << fact.name << " with a text of its width";
-    EXPECT_EQ(set(record, fact.name, full.substr(1).c_str()), SUCCESS) << fact.name;
-    EXPECT_EQ(found(), full.substr(1) + ' ' + '\0') << fact.name << " with a text shorter by one";
+    EXPECT_EQ(tavi::SetText(record, *row, (full + "x").c_str()), ERR_INVALID_PARAMETER);
+    EXPECT_EQ(tavi::SetText(record, *row, nullptr), ERR_INVALID_PARAMETER);
+    EXPECT_EQ(found(), rubbish) << "after a text too long by one, and none";
+    EXPECT_EQ(tavi::SetText(record, *row, full.c_str()), SUCCESS);
+    EXPECT_EQ(found(), full + '\0') << "with a text of its width";
+    EXPECT_EQ(tavi::SetText(record, *row, full.substr(1).c_str()), SUCCESS);
+    EXPECT_EQ(found(), full.substr(1) + ' ' + '\0') << "with a text shorter by one";
   }
-  EXPECT_EQ(set(record, "NOSUCHFIELD", "x"), ERR_INVALID_PARAMETER);
+  EXPECT_EQ(tavi::FindRow(rows, "NOSUCHFIELD"), nullptr);
+}
+
+// The fields whose setter is that of a plain text.
+inline std::set<std::string> FieldsWithASetter(Facts facts) {
+  std::set<std::string> names;
+  for (const FieldFact& fact : facts) {
+    if (fact.setter != 0) names.insert(fact.name);
+  }
+  return names;
+}
+
+// The texts of a public record, which its setter takes.
+inline std::set<std::string> PublicTexts(std::span<const tavi::Member> members) {
+  std::set<std::string> names;
+  for (const tavi::Member& member : members) {
+    if (member.kind == tavi::MemberKind::kText) names.insert(member.field);
+  }
+  return names;
 }
 
 }  // namespace unit

@@ -100,13 +100,6 @@ TEST_F(LbSubHdrTest, BuffersHoldTheirWidthAndOneByte) {
   ExpectNoOtherBuffers(kFacts, sizeof(LbSubHdr::Texts));
 }
 
-TEST_F(LbSubHdrTest, NoFieldHasASetter) {
-  LbSubHdr record(nullptr);
-  ExpectSetters(kFacts, record, [](LbSubHdr& r, const char* field, const char* text) {
-    return tavi::SetField<LbSubHdr>(r, tavi::LabelRows(), field, text);
-  });
-}
-
 TEST_F(LbSubHdrTest, NewRecordHoldsTheDefaults) {
   alignas(LbSubHdr) unsigned char memory[sizeof(LbSubHdr)];
   std::memset(memory, 0x5A, sizeof memory);
