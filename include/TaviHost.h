@@ -675,7 +675,8 @@ TAVI_HOST_API int32_t HostVecCopy(HostVector* target, const HostVector* source, 
 #if !defined(_WIN32)
 /* What Windows provides elsewhere, under its names. */
 TAVI_HOST_API int32_t SetRect(HostRect* rect, int32_t left, int32_t top, int32_t right, int32_t bottom);
-/* Selects a palette into a context and returns the one that was selected; `background` is 0. */
+/* Selects a palette into a context and returns the one that was selected, null when none was or when it has been deleted
+   since; `background` is 0. */
 TAVI_HOST_API HostPalette SelectPalette(HostDrawingContext context, HostPalette palette, int32_t background);
 TAVI_HOST_API uint32_t RealizePalette(HostDrawingContext context);
 /* Saves the context's text state (colours and mode) and returns its number, from 1 on; puts the state of that number

@@ -10,11 +10,11 @@ using namespace tavi::host;
 // nothing.
 HostPalette SelectPalette(HostDrawingContext context, HostPalette palette, int32_t) {
   if (!IsContext(context)) return nullptr;
-  const HostPaletteObject* const object = CheckPalette(palette);
-  context->selected_count = object != nullptr ? object->count : 0;
-  return std::exchange(context->selected, palette);
+  if (CheckPalette(palette) == nullptr) palette = nullptr;
+  HoldPalette(palette);
+  return ReleasePalette(std::exchange(context->selected, palette));
 }
 
 uint32_t RealizePalette(HostDrawingContext context) {
-  return IsContext(context) ? context->selected_count : 0;
+  return IsContext(context) && context->selected != nullptr ? context->selected->count : 0;
 }

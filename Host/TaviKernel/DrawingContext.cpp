@@ -1,19 +1,31 @@
 #include "TaviKernel/DrawingContext.h"
 
+#include <mutex>
 #include <new>
 
 #include "TaviKernel/BitmapRecord.h"
+#include "TaviKernel/Palette.h"
 #include "TaviKernel/Tracking.h"
 
 namespace tavi::host {
 namespace {
 
-constexpr uint64_t kContextMagic = 0x5458544356415421;
+// Callers have a few contexts at a time: a list serves.
+std::mutex g_mutex;
+HostDrawingContextObject* g_alive = nullptr;
+
+// Where the list points to the context, or its end; the caller has the lock.
+HostDrawingContextObject** FindAlive(HostDrawingContext context) noexcept {
+  HostDrawingContextObject** link = &g_alive;
+  while (*link != nullptr && *link != context) link = &(*link)->next;
+  return link;
+}
 
 }  // namespace
 
 bool IsContext(HostDrawingContext context) noexcept {
-  return context != nullptr && context->magic == kContextMagic;
+  const std::lock_guard lock(g_mutex);
+  return context != nullptr && *FindAlive(context) != nullptr;
 }
 
 }  // namespace tavi::host
@@ -25,15 +37,24 @@ HostDrawingContext HostCreateBitmapDC(HostBitmap* bitmap) {
   if (!IsValid(bitmap, &part) || part.pixels == nullptr) return nullptr;
   auto* const context = new (std::nothrow) HostDrawingContextObject;
   if (context == nullptr) return nullptr;
-  context->magic = kContextMagic;
   context->bitmap = bitmap;
+  {
+    const std::lock_guard lock(g_mutex);
+    context->next = g_alive;
+    g_alive = context;
+  }
   NoteMade(LiveKind::kContext, context, {});
   return context;
 }
 
 void HostDeleteBitmapDC(HostDrawingContext context) {
-  if (!IsContext(context)) return;
+  {
+    const std::lock_guard lock(g_mutex);
+    HostDrawingContextObject** const link = FindAlive(context);
+    if (*link == nullptr) return;
+    *link = context->next;
+  }
   NoteGone(LiveKind::kContext, context);
-  context->magic = 0;
+  ReleasePalette(context->selected);
   delete context;
 }

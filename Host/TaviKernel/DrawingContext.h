@@ -21,10 +21,9 @@ inline constexpr uint32_t kSavedStates = 64;
 }  // namespace tavi::host
 
 struct HostDrawingContextObject {
-  uint64_t magic = 0;
+  HostDrawingContextObject* next = nullptr;  // of those that are alive
   HostBitmap* bitmap = nullptr;
-  HostPalette selected = nullptr;
-  uint32_t selected_count = 0;  // entries of the selected palette, which its owner may have deleted since
+  HostPalette selected = nullptr;  // held: see Palette.h
   tavi::host::TextState text;
   uint32_t saved_count = 0;
   double pixels_spent = 0;  // what drawings have covered of the bitmap so far: see PaintBudget.h
@@ -33,7 +32,7 @@ struct HostDrawingContextObject {
 
 namespace tavi::host {
 
-// False unless it is a context that is alive.
+// False unless it is a context that is alive, which is found out without looking at what the handle points to.
 bool IsContext(HostDrawingContext context) noexcept;
 
 }  // namespace tavi::host

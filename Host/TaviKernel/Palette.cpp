@@ -54,9 +54,20 @@ const HostPaletteObject* CheckPalette(HostPalette palette) noexcept {
   return palette != nullptr && palette->magic == kPaletteMagic ? palette : nullptr;
 }
 
+void HoldPalette(HostPalette palette) noexcept {
+  if (palette != nullptr) ++palette->holders;
+}
+
+HostPalette ReleasePalette(HostPalette palette) noexcept {
+  if (palette == nullptr) return nullptr;
+  const bool is_alive = palette->magic == kPaletteMagic;
+  if (--palette->holders == 0) delete palette;
+  return is_alive ? palette : nullptr;
+}
+
 HostPalette MakePalette(const HostPaletteEntry* entries, uint32_t count) noexcept {
   if (count > kPaletteEntries || (entries == nullptr && count != 0)) return nullptr;
-  auto* const palette = new (std::nothrow) HostPaletteObject{kPaletteMagic, count, {}};
+  auto* const palette = new (std::nothrow) HostPaletteObject{kPaletteMagic, count};
   if (palette == nullptr) return nullptr;
   std::copy_n(entries, count, palette->entries);
   NoteMade(LiveKind::kPalette, palette, {});
@@ -116,5 +127,5 @@ void HostDeleteObject(HostPalette object, int32_t, const wchar_t*) {
   if (CheckPalette(object) == nullptr) return;
   NoteGone(LiveKind::kPalette, object);
   object->magic = 0;
-  delete object;
+  ReleasePalette(object);
 }

@@ -9,9 +9,11 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
 namespace tavinitf {
@@ -56,6 +58,11 @@ class PartChange {
   sigset_t before_{};
 };
 
+constexpr int kStreams[] = {STDOUT_FILENO, STDERR_FILENO};
+// Of a file that replaces another only its owner sees anything before it is whole.
+constexpr mode_t kPrivate = 0600;
+constexpr mode_t kPermissions = 07777;
+
 size_t TakeSlot(const char* name) {
   for (size_t i = 0; i < kSlots; ++i) {
     const char* free_slot = nullptr;
@@ -83,6 +90,16 @@ void RemovePartsAndEnd(int signal) {
   raise(signal);
 }
 
+// Whether standard output or standard error go into the file: replacing it would take away what others print there.
+bool IsPrintedTo(const std::string& target) {
+  struct stat file {};
+  struct stat stream {};
+  if (stat(target.c_str(), &file) != 0) return false;
+  return std::any_of(std::begin(kStreams), std::end(kStreams), [&](int descriptor) {
+    return fstat(descriptor, &stream) == 0 && stream.st_dev == file.st_dev && stream.st_ino == file.st_ino;
+  });
+}
+
 // A target that exists keeps its place where it really stands: a link is followed, and what is no regular
 // file, such as a device, is never replaced.
 bool ResolveTarget(const std::string& target, std::string& resolved, std::string& reason) {
@@ -94,6 +111,8 @@ bool ResolveTarget(const std::string& target, std::string& resolved, std::string
     reason = "is no regular file";
   } else if (!std::filesystem::exists(status) && std::filesystem::is_symlink(target, error)) {
     reason = "is a link to nothing";
+  } else if (IsPrintedTo(target)) {
+    reason = "is where this program prints";
   } else {
     const auto canonical = std::filesystem::weakly_canonical(target, error);
     resolved = error ? target : canonical.string();
@@ -124,7 +143,8 @@ bool OutputFile::FailFromSystem() {
 // nothing may fail.
 int OutputFile::Create(std::string& part) {
   const PartChange change;
-  const int descriptor = open(part.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  const mode_t mode = replaced_mode_ ? kPrivate : 0666;
+  const int descriptor = open(part.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
   if (descriptor < 0) return descriptor;
   part_.swap(part);
   slot_ = TakeSlot(part_.c_str());
@@ -134,11 +154,14 @@ int OutputFile::Create(std::string& part) {
 bool OutputFile::Open(const std::string& target) {
   std::string reason;
   if (!ResolveTarget(target, target_, reason)) return Fail(reason);
+  struct stat replaced {};
+  if (stat(target_.c_str(), &replaced) == 0) replaced_mode_ = replaced.st_mode & kPermissions;
   const std::filesystem::path path(target_);
   for (int attempt = 0; attempt < 1000; ++attempt) {
-    const std::string name = "." + path.filename().string() + "." + std::to_string(getpid()) + "-" +
-                             std::to_string(attempt) + ".part";
-    std::string part = (path.parent_path() / name).string();
+    const std::string ending = "." + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".part";
+    // The longest names leave no room for an ending.
+    const std::string name = "." + path.filename().string().substr(0, NAME_MAX - 1 - ending.size());
+    std::string part = (path.parent_path() / (name + ending)).string();
     const int descriptor = Create(part);
     if (descriptor < 0 && errno == EEXIST) continue;
     if (descriptor < 0) return FailFromSystem();
@@ -176,6 +199,8 @@ bool OutputFile::Commit() {
   // Some systems tell only now that there was no room for what they have taken. Some files cannot be synchronised.
   const bool flushed = std::fflush(file_) == 0 || FailFromSystem();
   const bool stored = !flushed || fsync(fileno(file_)) == 0 || errno == EINVAL || FailFromSystem();
+  // Some file systems know no permissions.
+  if (stored && replaced_mode_) fchmod(fileno(file_), *replaced_mode_);
   const bool closed = std::fclose(file_) == 0 || FailFromSystem();
   file_ = nullptr;
   if (!flushed || !stored || !closed) return false;

@@ -2,8 +2,11 @@
 // takes the target's place at the end.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 
 namespace tavinitf {
@@ -41,7 +44,8 @@ class OutputFile {
   std::string part_;
   std::string error_;
   int64_t size_ = 0;
-  size_t slot_ = 0;  // place in the table of parts to remove on a signal
+  std::optional<mode_t> replaced_mode_;  // permissions of the file that is replaced, which its successor gets
+  size_t slot_ = 0;                      // place in the table of parts to remove on a signal
 };
 
 // On a signal that ends the program, and when it aborts, removes the parts that are being written and then ends as the

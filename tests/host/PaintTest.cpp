@@ -339,6 +339,40 @@ TEST_F(PaintTest, KeyedPaintingScalesMirrorsAndClips) {
   }
 }
 
+// A context may have a palette selected that is gone: it is neither looked at nor given back.
+TEST_F(PaintTest, PalettesDeletedWhileTheyAreSelected) {
+  Bitmap target(4, 4, 24);
+  const HostDrawingContext context = HostCreateBitmapDC(target.get());
+  const HostPaletteEntry entries[3] = {};
+  const HostPalette first = HostCreatePalette(entries, 2);
+  const HostPalette second = HostCreatePalette(entries, 3);
+  EXPECT_EQ(SelectPalette(context, first, 0), nullptr);
+  EXPECT_EQ(RealizePalette(context), 2U);
+  EXPECT_EQ(SelectPalette(context, second, 0), first);
+  EXPECT_EQ(SelectPalette(context, first, 0), second);
+  HostDeleteObject(first, 0, nullptr);
+  EXPECT_EQ(SelectPalette(context, second, 0), nullptr);
+  EXPECT_EQ(RealizePalette(context), 3U);
+  HostDeleteObject(second, 0, nullptr);
+  HostDeleteBitmapDC(context);
+}
+
+TEST_F(PaintTest, ContextsThatAreGone) {
+  Bitmap target(4, 4, 24);
+  const HostDrawingContext context = HostCreateBitmapDC(target.get());
+  const HostDrawingContext other = HostCreateBitmapDC(target.get());
+  HostDeleteBitmapDC(context);
+  HostDeleteBitmapDC(context);
+  const HostRect place = {0, 0, 4, 4};
+  EXPECT_EQ(HostPaintBitmap(context, target.get(), nullptr, nullptr, &place, nullptr, 0xCC0020),
+            ERR_INVALID_PARAMETER);
+  EXPECT_EQ(SelectPalette(context, nullptr, 0), nullptr);
+  EXPECT_EQ(RealizePalette(context), 0U);
+  EXPECT_EQ(TextOutA(context, 0, 0, "x", 1), 0);
+  EXPECT_EQ(TextOutA(other, 0, 0, "x", 1), 1);
+  HostDeleteBitmapDC(other);
+}
+
 TEST_F(PaintTest, GreySamplesGoThroughAPaletteAsFarAsItReaches) {
   for (const uint32_t bits : {12u, 16u}) {
     Bitmap source(4, 1, bits, 2);

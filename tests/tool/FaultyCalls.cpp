@@ -42,7 +42,7 @@ struct State {
   std::array<std::atomic<bool>, kMostFiles> is_ours;  // by descriptor
 };
 
-State state;
+constinit State state{};
 
 enum class Fate : uint8_t { kGoesOn, kFails, kSignalBefore, kSignalAfter };
 

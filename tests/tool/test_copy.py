@@ -58,6 +58,41 @@ class Copy(ToolTest):
         self.assertTrue(link.is_symlink())
         self.assertEqual(self.left_behind(), ["in.ntf", "link.ntf", "out.ntf"])
 
+    def test_permissions_of_what_is_replaced(self):
+        out = self.folder / "out.ntf"
+        for mode in (0o600, 0o640, 0o444, 0o755):
+            with self.subTest(mode=oct(mode)):
+                out.write_bytes(b"before")
+                out.chmod(mode)
+                self.copy(FILES / "grey.ntf")
+                self.assertEqual(out.stat().st_mode & 0o7777, mode)
+                out.unlink()
+        self.copy(FILES / "grey.ntf")
+        mask = os.umask(0)
+        os.umask(mask)
+        self.assertEqual(out.stat().st_mode & 0o7777, 0o666 & ~mask)
+
+    def test_names_as_long_as_they_may_be(self):
+        for size in (230, 246, 255):
+            with self.subTest(size=size):
+                out = self.folder / ("a" * (size - 4) + ".ntf")
+                self.check("copy", FILES / "grey.ntf", out)
+                self.assertEqual(out.read_bytes(), (FILES / "grey.ntf").read_bytes())
+                out.unlink()
+                self.assertEqual(self.left_behind(), [])
+
+    def test_where_it_prints(self):
+        log = self.folder / "log"
+        with open(log, "wb") as stream:
+            stream.write(b"before")
+            stream.flush()
+            for out in (log, "/dev/stdout"):
+                result = subprocess.run([os.environ["TAVINITF"], "copy", FILES / "grey.ntf", out], stdout=stream,
+                                        stderr=subprocess.PIPE, text=True, check=False)
+                self.assertEqual(result.returncode, 1)
+                self.assertIn("is where this program prints", result.stderr)
+        self.assertEqual(log.read_bytes(), b"before")
+
     def test_failures(self):
         for name in ("clevel.ntf", "nothing.ntf", "missing.ntf"):
             line = self.check("info", FILES / name, status=1).stderr
