@@ -300,7 +300,12 @@ class ToolFaults : public testing::TestWithParam<Command> {
 INSTANTIATE_TEST_SUITE_P(Of, ToolFaults, testing::ValuesIn(Commands()),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
+// Each run takes several times as long under a sanitizer.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr uint64_t kStepFrom = 3;
+#else
 constexpr uint64_t kStepFrom = 8;
+#endif
 
 TEST_P(ToolFaults, CallsThatFail) {
   std::map<Call, uint64_t> calls;
@@ -319,7 +324,7 @@ TEST_P(ToolFaults, CallsThatFail) {
 TEST_P(ToolFaults, MemoryThatFails) {
   const bool may_crash = GetParam().name == std::string("ExtractDrawing");
   for (const bool lasting : {false, true}) {
-    const uint64_t count = Walk({Call::kMemory, 0, lasting}, 8, [&](const Result& result) {
+    const uint64_t count = Walk({Call::kMemory, 0, lasting}, kStepFrom, [&](const Result& result) {
       if (may_crash && result.signal == SIGSEGV) {
         ExpectNoHalves(false);
       } else {
