@@ -52,7 +52,7 @@ int32_t TextOutA(HostDrawingContext context, int32_t x, int32_t y, const char* t
   if (!ViewOf(context->bitmap, &target)) return 0;
   try {
     const vec::Drawing drawing = DrawingOf(context->text, x, y, Utf8Of(text, length));
-    return vec::PaintOver(target, drawing, {1, 0, 0, 0, -1, 0}, context->pixels_spent) == SUCCESS ? 1 : 0;
+    return vec::PaintOver(target, drawing, {1, 0, 0, 0, -1, 0}, context->painted) == SUCCESS ? 1 : 0;
   } catch (const std::bad_alloc&) {
     return 0;
   }

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "TaviHost.h"
+#include "TaviVector/PaintAccount.h"
 
 namespace tavi::host {
 
@@ -26,7 +27,7 @@ struct HostDrawingContextObject {
   HostPalette selected = nullptr;  // held: see Palette.h
   tavi::host::TextState text;
   uint32_t saved_count = 0;
-  double pixels_spent = 0;  // what drawings have covered of the bitmap so far: see PaintBudget.h
+  tavi::host::vec::PaintAccount painted;
   std::array<tavi::host::TextState, tavi::host::kSavedStates> saved;
 };
 

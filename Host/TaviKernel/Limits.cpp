@@ -20,7 +20,7 @@ constexpr std::array<HostLimitRecord, HOST_LIMIT_COUNT> kLimits = {{
      256 * kMiB, ERR_NO_MEMORY},
     // A canvas of 2048 x 2048 some 128 times over, about half a second.
     {"paint", "pixels",
-     "what the drawings of one picture cover: a megabyte can ask for the same pixels a hundred thousand "
+     "what drawings cover, lines several times: a megabyte can ask for the same pixels a hundred thousand "
      "times",
      512 * kMiB, ERR_NO_MEMORY},
     {"cells", "cells",

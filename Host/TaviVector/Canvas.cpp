@@ -6,6 +6,8 @@
 
 #include <utility>
 
+#include "TaviKernel/Limits.h"
+
 namespace tavi::host::vec {
 namespace {
 
@@ -115,6 +117,7 @@ std::unique_ptr<Canvas> Canvas::OnPdf(Sink* sink, double width, double height) {
 
 // A count beyond the room says that there were more.
 void Canvas::NoteLine(Point from, Point to, bool begins) {
+  ++points_;
   if (line_count_ < lines_.size()) lines_[line_count_] = {from, to, begins};
   line_count_ = std::min(line_count_ + 1, lines_.size() + 1);
 }
@@ -178,6 +181,7 @@ void Canvas::DropPath() {
   cairo_new_path(handles_->cairo);
   path_ = {};
   line_count_ = 0;
+  points_ = 0;
 }
 
 void Canvas::AddRing(std::span<const Point> ring) {
@@ -209,7 +213,26 @@ void Canvas::TouchLines(double margin) {
   line_count_ = 0;
 }
 
+void Canvas::Bound(double earned) {
+  earned_ = earned;
+}
+
+// Whether there is room for the path and for so many pixels of a picture. If not, the path is dropped.
+bool Canvas::CanHold(double pixels) {
+  constexpr double kPixelsOfPoint = 256;
+  constexpr double kPixelsOfPicture = 32;  // for each
+  constexpr double kPointsOfOperation = 4;
+  const auto points = static_cast<double>(std::exchange(points_, 0)) + kPointsOfOperation;
+  if (!earned_) return true;
+  held_ += points * kPixelsOfPoint + pixels * kPixelsOfPicture;
+  is_beyond_ = is_beyond_ ||
+               !IsWithin(HOST_LIMIT_PAINT, static_cast<uint64_t>(held_), static_cast<uint64_t>(*earned_));
+  if (is_beyond_) DropPath();
+  return !is_beyond_;
+}
+
 void Canvas::Fill(uint32_t color, FillRule rule) {
+  if (!CanHold(0)) return;
   SetColor(handles_->cairo, color);
   cairo_set_fill_rule(handles_->cairo, RuleOf(rule));
   cairo_fill(handles_->cairo);
@@ -217,6 +240,7 @@ void Canvas::Fill(uint32_t color, FillRule rule) {
 }
 
 void Canvas::Stroke(const LineStyle& style) {
+  if (!CanHold(0)) return;
   cairo_t* const cairo = handles_->cairo;
   SetColor(cairo, style.color);
   cairo_set_line_width(cairo, style.width);
@@ -259,6 +283,7 @@ void Canvas::DrawThin(Point from, Point to, uint32_t color, const Box& within) {
 }
 
 void Canvas::FillWith(const Image& image, Point corner, double side) {
+  if (!CanHold(static_cast<double>(image.pixels.size()))) return;
   cairo_t* const cairo = handles_->cairo;
   const SurfaceOwner source(SurfaceOver(image.pixels.data(), image.columns, image.rows));
   const PatternOwner paint(cairo_pattern_create_for_surface(source.surface));
@@ -276,6 +301,7 @@ void Canvas::FillWith(const Image& image, Point corner, double side) {
 }
 
 void Canvas::PushClip(FillRule rule) {
+  CanHold(0);
   path_ = {};
   line_count_ = 0;
   cairo_t* const cairo = handles_->cairo;
@@ -290,7 +316,7 @@ void Canvas::PopClip() {
 }
 
 bool Canvas::IsSound() const {
-  return cairo_status(handles_->cairo) != CAIRO_STATUS_NO_MEMORY;
+  return !is_beyond_ && cairo_status(handles_->cairo) != CAIRO_STATUS_NO_MEMORY;
 }
 
 Box Canvas::TakeTouched() {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -85,7 +86,10 @@ class Canvas {
   void PushClip(FillRule rule);
   void PopClip();
 
-  // False once an operation failed for want of memory.
+  // For exports, which hold what is drawn instead of covering pixels: nothing more is drawn once the points of paths and
+  // the pixels of pictures, at what they count, are beyond HOST_LIMIT_PAINT and what the drawing earns.
+  void Bound(double earned);
+  // False once an operation failed for want of memory, or was beyond the bound.
   bool IsSound() const;
   // Covers everything that was drawn since the last call, in device space.
   Box TakeTouched();
@@ -103,14 +107,19 @@ class Canvas {
   void TouchLines(double margin);
   void NoteLine(Point from, Point to, bool begins);
   double JoinReach(double limit) const;
+  bool CanHold(double pixels);
 
   struct Line {
     Point from;
     Point to;
-    bool begins;  // a place where the path begins anew, not a line
+    bool begins = false;  // a place where the path begins anew, not a line
   };
 
   std::unique_ptr<Handles> handles_;
+  std::optional<double> earned_;  // none: not bounded
+  double held_ = 0;
+  size_t points_ = 0;  // of the path
+  bool is_beyond_ = false;
   Box path_;
   Box touched_;
   std::unique_ptr<TouchedRows> cells_;

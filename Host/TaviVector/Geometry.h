@@ -70,6 +70,10 @@ inline bool Contains(const Box& box, const Box& other) {
          box.high.y >= other.high.y;
 }
 
+inline double AreaOf(const Box& box) {
+  return box.IsEmpty() ? 0 : (box.high.x - box.low.x) * (box.high.y - box.low.y);
+}
+
 inline Box BoxOf(std::span<const Point> points) {
   if (points.empty()) return {};
   Box box{points[0], points[0]};

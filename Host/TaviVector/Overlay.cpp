@@ -59,12 +59,22 @@ class Overlay {
         job_{drawing, to_device, whole_.AsBox()},
         blender_(target) {}
 
-  int32_t Paint(double& spent) {
+  int32_t Paint(PaintAccount& account) {
     Box covered;
     for (const Box& box : boxes_) Include(covered, Common(box, whole_.AsBox()));
     const PixelArea area = PixelsOf(covered, whole_);
     if (area.IsEmpty()) return SUCCESS;
-    if (!SpendBudget(job_.drawing, job_.to_device, boxes_, whole_.AsBox(), spent)) return ERR_NO_MEMORY;
+    if (!SpendBudget(job_.drawing, job_.to_device, boxes_, whole_.AsBox(), account.pixels))
+      return ERR_NO_MEMORY;
+    SmoothLines smooth(job_.drawing, whole_.AsBox(), account.lines);
+    job_.smooth_left = &smooth.left;
+    const int32_t status = PaintTiles(area);
+    job_.smooth_left = nullptr;
+    return status;
+  }
+
+ private:
+  int32_t PaintTiles(const PixelArea& area) {
     columns_ = std::min(area.width(), kTileSide);
     pixels_ = ClearPixels(static_cast<size_t>(columns_ * std::min(area.height(), kTileSide)));
     for (int64_t top = area.top; top < area.bottom; top += kTileSide) {
@@ -77,7 +87,6 @@ class Overlay {
     return SUCCESS;
   }
 
- private:
   bool PaintTile(const PixelArea& tile) {
     const Box visible = tile.AsBox();
     const auto meets = [&](const Box& box) { return !Common(box, visible).IsEmpty(); };
@@ -121,9 +130,9 @@ class Overlay {
 }  // namespace
 
 int32_t PaintOver(const PixelView& target, const Drawing& drawing, const Affine& to_device,
-                  double& spent) noexcept {
+                  PaintAccount& account) noexcept {
   try {
-    return Overlay(target, drawing, to_device).Paint(spent);
+    return Overlay(target, drawing, to_device).Paint(account);
   } catch (const std::bad_alloc&) {
     return ERR_NO_MEMORY;
   } catch (const std::length_error&) {

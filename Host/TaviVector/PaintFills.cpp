@@ -3,13 +3,12 @@
 #include <array>
 #include <utility>
 
+#include "TaviVector/PaintBudget.h"
 #include "TaviVector/Sampling.h"
 
 namespace tavi::host::vec {
 namespace {
 
-// Crossings of edges with rows of pixels up to which the rasteriser's smooth edges are worth their time.
-constexpr double kMostCrossings = 1'000'000;
 constexpr double kHatchSpacing = 7;  // from line to line, in device units
 constexpr double kMostHatchLines = 10'000;
 
@@ -21,19 +20,6 @@ Box BoxOf(const Rings& rings) {
 
 void AddRings(const Scene& scene, const Rings& rings) {
   for (const auto& ring : rings) AddArea(scene, ring);
-}
-
-double CountCrossings(const Scene& scene, const Rings& rings) {
-  double crossings = 0;
-  for (const auto& ring : rings) {
-    for (size_t i = 0; i < ring.size(); ++i) {
-      const double y0 = std::clamp(ring[i].y, scene.visible.low.y, scene.visible.high.y);
-      const double y1 =
-          std::clamp(ring[i + 1 < ring.size() ? i + 1 : 0].y, scene.visible.low.y, scene.visible.high.y);
-      crossings += std::abs(y1 - y0);
-    }
-  }
-  return crossings;
 }
 
 // One bit for each pixel of the canvas: whether its middle is inside. It is when an odd number of edges cross its row to
@@ -93,7 +79,8 @@ class ParityMask {
 // Fills with the colours that `color` (device point to pixel) gives.
 template <class ColorAt>
 void FillRough(const Scene& scene, const Rings& rings, ColorAt color) {
-  const PixelRaster raster(scene, scene.visible);
+  const PixelRaster raster(scene, BoxOf(rings));
+  if (raster.columns <= 0 || raster.rows <= 0) return;
   ParityMask mask(raster);
   for (const auto& ring : rings) mask.Cross(ring);
   Image image{raster.columns, raster.rows, {}};
@@ -103,14 +90,20 @@ void FillRough(const Scene& scene, const Rings& rings, ColorAt color) {
     image.pixels[static_cast<size_t>(row) * static_cast<size_t>(raster.columns) +
                  static_cast<size_t>(column)] = color(middle);
   });
-  const Point low = scene.visible.low;
-  const Point high = scene.visible.high;
+  const Point low = raster.corner;
+  const Point high = low + Point{static_cast<double>(raster.columns), static_cast<double>(raster.rows)};
   scene.canvas.AddRing(std::array{low, Point{high.x, low.y}, high, Point{low.x, high.y}});
   scene.canvas.FillWith(image, raster.corner, raster.side);
 }
 
 bool IsRough(const Scene& scene, const Rings& rings) {
-  return scene.on_pixels && CountCrossings(scene, rings) > kMostCrossings;
+  if (!scene.on_pixels) return false;
+  double crossings = 0;
+  for (const auto& ring : rings) {
+    const auto at = [&ring](size_t i) { return ring[i]; };
+    crossings += CountCrossings(ring.size(), at, scene.visible.low.y, scene.visible.high.y);
+  }
+  return IsCrowded(crossings, AreaOf(Common(BoxOf(rings), scene.visible)));
 }
 
 void FillSolid(const Scene& scene, const Rings& rings, uint32_t color) {

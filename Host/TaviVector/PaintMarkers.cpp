@@ -5,8 +5,7 @@
 namespace tavi::host::vec {
 namespace {
 
-constexpr double kLineOfMarker = 1.0 / 16;  // thickness of a marker's lines, times its size
-constexpr double kDot = 2;                  // side of a dot, in device units
+constexpr double kDot = 2;  // side of a dot, in device units
 
 class MarkerPainter {
  public:

@@ -3,6 +3,8 @@
 #include <array>
 #include <utility>
 
+#include "TaviVector/DashedRings.h"
+
 namespace tavi::host::vec {
 namespace {
 
@@ -14,8 +16,8 @@ constexpr size_t kMostDashLengths = 64;
 // The rasteriser takes long paths more slowly than their parts.
 constexpr size_t kPointsAtOnce = 512;
 constexpr double kLengthAtOnce = 2048;
-// Length of all lines on one canvas up to which they are smooth: twice as many pixels as a canvas has.
-constexpr double kMostSmooth = 8'000'000;
+// What a dash takes of the time, against a piece of a line one pixel long.
+constexpr double kLengthOfDash = 12;
 constexpr double kThin = 2;
 
 double WidthOr1(double width) {
@@ -166,6 +168,15 @@ bool LinePainter::IsDashed(std::span<const Point> points, bool closed) const {
   return LengthIn(Grown(scene_.whole, Reach()), points, closed) / pen_.period <= kMostDashes;
 }
 
+// Takes what the line costs from what is left.
+bool LinePainter::IsSmooth(double length, bool dashed) const {
+  if (scene_.smooth_left == nullptr) return true;
+  const size_t count = pen_.dashes.size();
+  const auto in_period = static_cast<double>(count % 2 == 0 ? count / 2 : count);
+  *scene_.smooth_left -= dashed ? length * (1 + kLengthOfDash * in_period / pen_.period) : length;
+  return *scene_.smooth_left >= 0;
+}
+
 void LinePainter::Add(std::span<const Point> points, bool closed) {
   const Box box = BoxOf(points);
   if (!scene_.IsVisible(Grown(box, Reach()))) return;
@@ -175,12 +186,11 @@ void LinePainter::Add(std::span<const Point> points, bool closed) {
   }
   if (scene_.on_pixels && pen_.style.width < 1.5 && MakeCrisp(points, closed, &crisp_)) points = crisp_;
   const double length = LengthIn(Grown(scene_.visible, pen_.style.width), points, closed);
-  drawn_ += length;
-  if (scene_.on_pixels && drawn_ > kMostSmooth) {
+  const bool dashed = IsDashed(points, closed);
+  if (!IsSmooth(length, dashed)) {
     AddRough(points, closed);
     return;
   }
-  const bool dashed = IsDashed(points, closed);
   if (dashed && pen_.gap) {
     Flush();
     const uint32_t color = std::exchange(pen_.style.color, *pen_.gap);
@@ -210,7 +220,11 @@ void LinePainter::AddRuns(std::span<const Point> points, bool closed, bool dashe
   const Box near = Grown(scene_.visible, Reach());
   const bool small = points.size() <= kPointsAtOnce && length <= kLengthAtOnce;
   if (!small || !Contains(Grown(near, kNear / 4), BoxOf(points))) {
-    AddClipped(points, closed, dashed, near);
+    if (dashed && closed) {
+      AddDashedRing(points, near);
+    } else {
+      AddClipped(points, closed, dashed, near);
+    }
     return;
   }
   scene_.canvas.MoveTo(points[0]);
@@ -221,16 +235,29 @@ void LinePainter::AddRuns(std::span<const Point> points, bool closed, bool dashe
   if (dashed || IsEnough()) StrokePath(dashed, 0);
 }
 
-// The parts of a long or far-reaching line that lie near what is visible.
-void LinePainter::AddClipped(std::span<const Point> points, bool closed, bool dashed, const Box& near) {
+// A dash that goes on through the ring's first point is joined there.
+void LinePainter::AddDashedRing(std::span<const Point> points, const Box& near) {
+  const auto split = SplitDashedRing(points, pen_.dashes);
+  if (!split) {
+    AddClipped(points, true, true, near);
+    return;
+  }
+  AddClipped(split->seam, false, false, near);
+  Flush();
+  AddClipped(split->rest, false, true, near, split->along);
+}
+
+// The parts of a long or far-reaching line that lie near what is visible. `before`: the length of what came before it.
+void LinePainter::AddClipped(std::span<const Point> points, bool closed, bool dashed, const Box& near,
+                             double before) {
   const size_t count = points.size();
-  // A ring that leaves the neighbourhood begins outside, so that no corner inside lacks its join.
+  // A ring that leaves the neighbourhood begins outside, so that no corner inside lacks its join. Dashes begin at the
+  // same point whatever is visible.
   const auto outside = [&near](Point p) { return !Contains(near, {p, p}); };
   const auto start_of_ring = std::find_if(points.begin(), points.end(), outside) - points.begin();
-  const size_t first = closed ? static_cast<size_t>(start_of_ring) % count : 0;
+  const size_t first = closed && !dashed ? static_cast<size_t>(start_of_ring) % count : 0;
   const size_t segments = closed ? count : count - 1;
-  double before = 0;   // length of the line up to the segment
-  double offset = 0;   // and up to the run
+  double offset = 0;   // length up to the run, as `before` is up to the segment
   bool going = false;  // whether the path has come to the segment's start
   for (size_t i = 0; i < segments; ++i) {
     const Point start = points[(first + i) % count];
@@ -242,20 +269,37 @@ void LinePainter::AddClipped(std::span<const Point> points, bool closed, bool da
       if (dashed && gathered_ != 0) StrokePath(true, offset);
       offset = before + Length(from - start);
       Append(from, true);
+    } else if (seen && dashed && IsEnough()) {
+      BreakInGap(from, to, before, &offset);
     }
     if (seen) Append(to, false);
     going = seen && to == end;
     if (dashed) before = std::fmod(before + Length(end - start), pen_.period);
     if (!IsEnough()) continue;
+    // Paths of dashes end in gaps, which need no joins, as long as there are any.
+    if (dashed && going && !IsTooMuch()) continue;
     StrokePath(dashed, offset);
     if (!going) continue;
-    // The next part makes the join, from half of this segment on. Dashes do without it.
+    // The next part makes the join, from half of this segment on.
     Append(dashed ? to : 0.5 * (from + to), true);
     if (!dashed) Append(to, false);
     offset = before;
   }
   if (closed && going && !dashed) Append(0.5 * (points[first] + points[(first + 1) % count]), false);
   if (dashed && gathered_ != 0) StrokePath(true, offset);
+}
+
+// Ends the path of dashes in the segment's first gap, if it has one, and begins another one.
+void LinePainter::BreakInGap(Point from, Point to, double before, double* offset) {
+  const DashPlace place = PlaceIn(pen_.dashes, before);
+  const double distance = place.drawn ? place.to_end : 0;
+  const double length = Length(to - from);
+  if (!(distance < length)) return;
+  const Point cut = from + (distance / length) * (to - from);
+  Append(cut, false);
+  StrokePath(true, *offset);
+  Append(cut, true);
+  *offset = before + distance;
 }
 
 void LinePainter::Append(Point p, bool begins) {
@@ -271,6 +315,10 @@ void LinePainter::Append(Point p, bool begins) {
 
 bool LinePainter::IsEnough() const {
   return gathered_ > kPointsAtOnce || gathered_length_ > kLengthAtOnce;
+}
+
+bool LinePainter::IsTooMuch() const {
+  return gathered_ > 4 * kPointsAtOnce || gathered_length_ > 4 * kLengthAtOnce;
 }
 
 }  // namespace tavi::host::vec

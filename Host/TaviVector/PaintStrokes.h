@@ -36,16 +36,21 @@ class LinePainter {
   void SetDashes(const Stroke& stroke, Pen* pen) const;
   void UseStroke(uint32_t index);
   bool IsDashed(std::span<const Point> points, bool closed) const;
+  bool IsSmooth(double length, bool dashed) const;
   void Add(std::span<const Point> points, bool closed);
   static double LengthIn(const Box& box, std::span<const Point> points, bool closed);
   void AddRough(std::span<const Point> points, bool closed);
   void AddRuns(std::span<const Point> points, bool closed, bool dashed, double length);
-  void AddClipped(std::span<const Point> points, bool closed, bool dashed, const Box& near);
+  void AddDashedRing(std::span<const Point> points, const Box& near);
+  void AddClipped(std::span<const Point> points, bool closed, bool dashed, const Box& near,
+                  double before = 0);
+  void BreakInGap(Point from, Point to, double before, double* offset);
   void Append(Point p, bool begins);
   void AddDot(Point at);
   void StrokePath(bool dashed, double offset);
   double Reach() const;
   bool IsEnough() const;
+  bool IsTooMuch() const;
 
   const Scene& scene_;
   uint32_t current_ = kNone;  // the stroke of `pen_`
@@ -53,7 +58,6 @@ class LinePainter {
   Box clip_{{-kFarthest, -kFarthest}, {kFarthest, kFarthest}};
   size_t gathered_ = 0;         // points in the path
   double gathered_length_ = 0;  // and its length
-  double drawn_ = 0;            // length of all lines so far
   Point last_;
   std::vector<Point> crisp_;
 };

@@ -19,9 +19,10 @@ class GlyphPainter {
 
   void Draw(const PlacedGlyph& placed) {
     const Affine to_device = Chained(placed.to_text, to_device_);
-    if (!scene_.IsVisible(Grown(Transformed(placed.glyph->box, to_device), 2))) return;
-    // One path holds either outlines or strokes, of one colour.
     const bool stroked = !placed.glyph->strokes.empty();
+    const double line = stroked ? ScaleOf(to_device) * kHersheyLine : 0;
+    if (!scene_.IsVisible(Grown(Transformed(placed.glyph->box, to_device), line / 2 + 2))) return;
+    // One path holds either outlines or strokes, of one colour.
     if (gathered_ != 0 && (color_ != placed.color || stroked_ != stroked)) Finish();
     color_ = placed.color;
     stroked_ = stroked;

@@ -178,23 +178,23 @@ bool IsShown(const Drawing& drawing, const Object& object) {
 }
 
 std::vector<Box> DeviceBoxes(const Drawing& drawing, const Affine& to_device) {
-  // The thinnest lines, dots and rounded places reach a little beyond the bounds.
+  // The thinnest lines, dots and rounded places reach a little beyond.
   constexpr double kMargin = 8;
   std::vector<Box> boxes;
   boxes.reserve(drawing.objects.size());
   for (const Object& object : drawing.objects) {
-    const Box box = IsShown(drawing, object) ? BoundsOf(drawing, object) : Box();
-    boxes.push_back(Grown(Transformed(box, to_device), kMargin));
+    const Box box = IsShown(drawing, object) ? PaintedBounds(drawing, object, to_device) : Box();
+    boxes.push_back(Grown(box, kMargin));
   }
   return boxes;
 }
 
 void Paint(const PaintJob& job, std::span<const Box> boxes, const Box& visible, Canvas& canvas) {
-  Scene scene{job.drawing, canvas, job.to_device, visible, job.whole, job.on_pixels};
+  Scene scene{job.drawing, canvas, job.to_device, visible, job.whole, job.on_pixels, job.smooth_left};
   scene.scale = ScaleOf(job.to_device);
   scene.tolerance = job.on_pixels ? 0.1 : 0.01;
   ShapePainter painter(scene);
-  for (size_t i = FirstSeen(scene, boxes.size()); i < boxes.size(); ++i) {
+  for (size_t i = FirstSeen(scene, boxes.size()); i < boxes.size() && canvas.IsSound(); ++i) {
     if (scene.IsVisible(boxes[i])) painter.Paint(job.drawing.objects[i]);
   }
 }

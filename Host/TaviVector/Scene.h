@@ -17,8 +17,9 @@ struct Scene {
   Box visible;  // what the canvas shows, in device space
   Box whole;    // all that is painted, in as many canvases as it takes
   bool on_pixels = true;
-  double scale = 1;        // device units in a unit, on the average
-  double tolerance = 0.1;  // of curves, in device units
+  double* smooth_left = nullptr;  // see PaintJob
+  double scale = 1;               // device units in a unit, on the average
+  double tolerance = 0.1;         // of curves, in device units
 
   Point Map(Point p) const { return Tame(to_device.Apply(Tame(p))); }
   Point MapVector(Point v) const { return Tame(to_device.ApplyVector(Tame(v))); }
@@ -33,6 +34,9 @@ struct Scene {
 
 // Paths keep well inside the rasteriser's range of about eight million pixels.
 inline constexpr double kNear = 100'000;
+
+// Thickness of a marker's lines, times its size.
+inline constexpr double kLineOfMarker = 1.0 / 16;
 
 // Adds a ring to the canvas's path, cut down to what the canvas shows when it goes far beyond.
 void AddArea(const Scene& scene, std::vector<Point> ring);

@@ -35,14 +35,16 @@ class TouchedRows {
 
   // Adds what a line may cover that reaches `margin` to its sides and beyond its ends.
   void AddSegment(Point from, Point to, double margin) noexcept {
-    constexpr double kMostPieces = 32;
+    constexpr int kMostPieces = 32;
     const Point span = to - from;
     const double length = std::max(std::abs(span.x), std::abs(span.y));
-    const double pieces = std::isfinite(length) ? std::clamp(std::ceil(length / kCell), 1.0, kMostPieces) : 1;
-    for (double i = 0; i < pieces; ++i) {
+    const double wanted =
+        std::isfinite(length) ? std::clamp(std::ceil(length / kCell), 1.0, 1.0 * kMostPieces) : 1;
+    const auto pieces = static_cast<int>(wanted);
+    for (int i = 0; i < pieces; ++i) {
       Box box;
-      Include(box, pieces == 1 ? from : from + (i / pieces) * span);
-      Include(box, i + 1 == pieces ? to : from + ((i + 1) / pieces) * span);
+      Include(box, pieces == 1 ? from : from + (i / wanted) * span);
+      Include(box, i + 1 == pieces ? to : from + ((i + 1) / wanted) * span);
       Add(Grown(box, margin));
     }
   }

@@ -8,6 +8,8 @@
 #include "Platform/GlobalMemory.h"
 #include "TaviHost.h"
 #include "TaviVector/BackColor.h"
+#include "TaviVector/PaintAccount.h"
+#include "TaviVector/PaintBudget.h"
 #include "TaviVector/Painter.h"
 #include "TaviVector/VectorRecord.h"
 
@@ -68,10 +70,17 @@ Page PageOf(const Drawing& drawing, uint32_t kind) {
           std::max(std::ceil(height * scale - kSlack), 1.0)};
 }
 
+// On pixels the budget of all painting holds; other pages keep what is drawn, and the budget holds for what they keep.
 bool PaintPage(const Drawing& drawing, const Page& page, bool on_pixels, Canvas* canvas) {
   if (canvas == nullptr) return false;
-  Paint({drawing, page.to_device, page.AsBox(), on_pixels}, DeviceBoxes(drawing, page.to_device),
-        page.AsBox(), *canvas);
+  const Box whole = page.AsBox();
+  const std::vector<Box> boxes = DeviceBoxes(drawing, page.to_device);
+  PaintAccount account;
+  if (on_pixels && !SpendBudget(drawing, page.to_device, boxes, whole, account.pixels)) return false;
+  if (!on_pixels) canvas->Bound(kPixelsOfObject * static_cast<double>(drawing.objects.size()));
+  SmoothLines smooth(drawing, whole, account.lines);
+  Paint({drawing, page.to_device, whole, on_pixels, on_pixels ? &smooth.left : nullptr}, boxes, whole,
+        *canvas);
   return canvas->IsSound();
 }
 

@@ -81,7 +81,7 @@ int32_t HostVecPaint(HostDrawingContext context, HostVector* vector, int32_t, in
     if (bounds.IsEmpty()) return SUCCESS;
     std::optional<vec::Drawing> changed;
     const vec::Drawing& shown = vec::WithBackColor(*drawing, vec::BackColorOf(vector), changed);
-    return vec::PaintOver(target, shown, vec::Placement(bounds, *rectangle), context->pixels_spent);
+    return vec::PaintOver(target, shown, vec::Placement(bounds, *rectangle), context->painted);
   } catch (const std::bad_alloc&) {
     return ERR_NO_MEMORY;
   } catch (const std::length_error&) {

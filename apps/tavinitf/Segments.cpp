@@ -58,7 +58,8 @@ void PlaceSegments(NitfContents& contents) {
     for (uint32_t i = 0; i < count; ++i) {
       const auto at = static_cast<int32_t>(i);
       if (contents.header.Find(table.data, at) == nullptr) break;  // the header ends before its tables do
-      Segment segment = std::move(SegmentOf(contents, table.kind, i));
+      Segment segment;
+      std::swap(segment, SegmentOf(contents, table.kind, i));
       segment.subheader = {offset, contents.header.Number(table.subheader, at)};
       segment.data = {segment.subheader.end(), contents.header.Number(table.data, at)};
       offset = segment.data.end();

@@ -108,6 +108,73 @@ TEST_F(ExportTest, WhatHasNoExtentStillHasAPage) {
   for (const uint32_t kind : {kSvg, kPng, kPdf}) EXPECT_FALSE(Export(sketch, kind).empty());
 }
 
+// The limit `paint`, for a while.
+class PaintLimit {
+ public:
+  explicit PaintLimit(uint64_t pixels) : before_(HostGetLimit(HOST_LIMIT_PAINT)) {
+    HostSetLimit(HOST_LIMIT_PAINT, pixels);
+  }
+  ~PaintLimit() { HostSetLimit(HOST_LIMIT_PAINT, before_); }
+  PaintLimit(const PaintLimit&) = delete;
+  PaintLimit& operator=(const PaintLimit&) = delete;
+
+ private:
+  uint64_t before_;
+};
+
+void ExpectRefused(const Sketch& sketch, uint32_t kind) {
+  Vector vector(sketch.drawing);
+  HostGlobalMemory block = nullptr;
+  uint64_t size = 7;
+  EXPECT_EQ(HostVecExport(&block, vector.get(), kind, &size), ERR_NO_MEMORY) << kind;
+  EXPECT_EQ(HostLimitHit(), uint32_t{HOST_LIMIT_PAINT}) << kind;
+  EXPECT_EQ(block, nullptr);
+  EXPECT_EQ(size, 0u);
+}
+
+TEST_F(ExportTest, PagesKeepTheLimitOfPainting) {
+  Sketch texts;
+  texts.Draw(Text{{0, 0}, {{std::string(200, 'W'), texts.Add(TextStyle())}}, std::nullopt});
+  Sketch pictures;
+  pictures.Draw(CellArray{{0, 0}, {300, 300}, {300, 0}, 2, 1, {kRed, kBlue}, std::nullopt});
+  Sketch hatches;
+  Fill hatch;
+  hatch.interior = Interior::kHatch;
+  hatches.Draw(host::vec::Rectangle{{0, 0}, {400, 400}, {hatches.Add(hatch), kNone}});
+  for (Sketch* const sketch : {&texts, &pictures, &hatches}) {
+    sketch->drawing.objects.assign(20, sketch->drawing.objects[0]);
+    for (const uint32_t kind : {kSvg, kPng, kPdf}) {
+      {
+        const PaintLimit tight(10'000);
+        ExpectRefused(*sketch, kind);
+      }
+      EXPECT_FALSE(Export(*sketch, kind).empty());
+    }
+  }
+}
+
+TEST_F(ExportTest, ObjectsEarnTheirRoomOnPages) {
+  Sketch sketch;
+  const uint32_t stroke = sketch.Line(kRed, 1);
+  const uint32_t fill = sketch.Solid(kBlue);
+  for (int i = 0; i < 1000; ++i) {
+    sketch.Draw(Polyline{{{0, 1.0 * i}, {20, 2.0 * i}}, stroke});
+    sketch.Draw(host::vec::Rectangle{{0, 1.0 * i}, {20, 2.0 + i}, {fill, kNone}});
+  }
+  const PaintLimit none(0);
+  for (const uint32_t kind : {kSvg, kPdf}) EXPECT_FALSE(Export(sketch, kind).empty());
+}
+
+// A page of outlines takes many times the memory of its texts.
+TEST_F(ExportTest, TooManyTextsForAPageAreRefused) {
+  Sketch sketch;
+  const uint32_t style = sketch.Add(TextStyle());
+  const std::string line(250, 'W');
+  for (int i = 0; i < 300; ++i) sketch.Draw(Text{{0, 1.0 * i}, {{line, style}}, std::nullopt});
+  const PaintLimit tight(uint64_t{32} << 20);
+  for (const uint32_t kind : {kSvg, kPdf}) ExpectRefused(sketch, kind);
+}
+
 TEST_F(ExportTest, StatusesAreTold) {
   Vector vector(Mixed().drawing);
   Vector empty;

@@ -9,9 +9,7 @@ namespace tavi_test {
 // Measures from its making on, all threads of the process together.
 class ProcessorTime {
  public:
-  [[nodiscard]] double Seconds() const {
-    return static_cast<double>(std::clock() - start_) / CLOCKS_PER_SEC;
-  }
+  [[nodiscard]] double Seconds() const { return static_cast<double>(std::clock() - start_) / CLOCKS_PER_SEC; }
 
  private:
   std::clock_t start_ = std::clock();
