@@ -7,12 +7,14 @@
 #include <utility>
 #include <variant>
 
+#include "TaviFile/CgmLimits.h"
+
 namespace tavi::host::cgm {
 namespace {
 
 using namespace vec;
 
-constexpr size_t kMostLengths = 64;  // as many as are drawn
+constexpr size_t kMostLengths = kDashLengths;  // as many as are drawn
 constexpr size_t kMostTypes = INT16_MAX;
 
 // How often a cycle is repeated in its definition, for the whole to come as near as can be to whole units: an error in
