@@ -94,6 +94,9 @@ int CountOpenSystemCalls(const std::wstring& path);
 // Bytes that a save adds to the peak memory of a process with the document open, or -1 where that is not told.
 int64_t MeasureSaveMemory(const std::filesystem::path& source);
 
+// The status of fltInfo.
+int32_t QueryInfo(const wchar_t* name, HostFileInfo& info);
+
 std::wstring WriteOpenFile(const std::filesystem::path& folder);
 std::filesystem::path WriteSaveFile(const std::filesystem::path& folder);
 

@@ -26,4 +26,14 @@ BenchFolder::~BenchFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
+int32_t QueryInfo(const wchar_t* name, HostFileInfo& info) {
+  HostLoadFlagsRecord flags{};
+  FilterInfoContext context{};
+  context.file_name = name;
+  context.file = -1;
+  context.info = &info;
+  context.load_flags = &flags;
+  return fltInfo(&context);
+}
+
 }  // namespace tavi_bench

@@ -42,13 +42,8 @@ void Load(benchmark::State& state, const LazyPath& path, uint32_t bits, uint32_t
     }
   }
   HostFileInfo info{};
-  HostLoadFlagsRecord flags{};
-  FilterInfoContext context{};
-  context.file_name = name;
-  context.file = -1;
-  context.info = &info;
-  context.load_flags = &flags;
-  if (fltInfo(&context) == SUCCESS) bytes = (info.width * bits + 7) / 8 * static_cast<double>(info.height);
+  if (QueryInfo(name, info) == SUCCESS)
+    bytes = (info.width * bits + 7) / 8 * static_cast<double>(info.height);
   state.counters["bytes"] = bytes;
 }
 

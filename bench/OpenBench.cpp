@@ -27,13 +27,7 @@ void Info(benchmark::State& state, const LazyPath& path) {
   const wchar_t* const name = path->c_str();
   for (auto _ : state) {
     HostFileInfo info{};
-    HostLoadFlagsRecord flags{};
-    FilterInfoContext context{};
-    context.file_name = name;
-    context.file = -1;
-    context.info = &info;
-    context.load_flags = &flags;
-    if (fltInfo(&context) != SUCCESS) {
+    if (QueryInfo(name, info) != SUCCESS) {
       state.SkipWithError("no information");
       return;
     }
